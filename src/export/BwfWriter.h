@@ -1,0 +1,66 @@
+// Lays out a Broadcast Wave file in memory and saves it.
+#pragma once
+
+#include "export/BextChunkInfo.h"
+#include "export/OutputBuffer.h"
+#include "recording/WaveFileReader.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+namespace deckmate {
+
+/// A RIFF/WAVE file of a `JUNK`, a version-1 `bext` (EBU Tech 3285), an 18-byte `fmt ` and a `data`
+/// chunk. All sizes are 32-bit: bytes that would not fit, and bytes for which there is no memory,
+/// are not taken, and then nothing is saved.
+///
+///     BwfWriter writer(reader.get(), bext, true);
+///     writer.Write(bytes, count);
+///     writer.FixUpChunkSizes();
+///     const bool isSaved = writer.Save2File(path);
+///
+/// For one thread at a time.
+class BwfWriter {
+public:
+    /// Lays out the header from the reader's format and the `bext` fields; a null reader counts as
+    /// a header of zeros. 24-bit integer samples, else 32-bit float.
+    BwfWriter(const WaveFileReader* reader, const BextChunkInfo& bext, bool is24bit);
+
+    /// Makes room for `count` bytes of samples at once. NO when the file could not hold them.
+    bool reserveSamples(std::uint64_t count);
+    void Write(const void* bytes, std::uint32_t count);
+    /// Appends `count` bytes for the caller to fill, as if written; null when they were not taken.
+    std::uint8_t* appendSamples(std::uint32_t count);
+    /// Patches the RIFF and the `data` size. To be called once all samples are written.
+    void FixUpChunkSizes();
+    /// Writes the file in place; whether all of it was written.
+    bool Save2File(const std::filesystem::path& path) const;
+    void dispose() { data_.clear(); }
+
+    /// The file so far.
+    std::span<const std::uint8_t> data() const { return data_.bytes(); }
+    /// Bytes of samples so far.
+    std::uint32_t dataLength() const { return dataLength_; }
+    std::uint32_t dataChunkSizePosition() const { return dataChunkSizePosition_; }
+
+    /// The four character codes of an identifier, the first one low; 0 for any other length.
+    static std::uint32_t stringToInt32(std::string_view text);
+
+private:
+    bool holds(std::uint64_t count) const;
+    void append(const void* bytes, std::size_t count);
+    void appendText(std::string_view text, std::size_t width);
+    void appendIdentifier(std::string_view identifier);
+    template <class Integer>
+    void appendInteger(Integer value);
+
+    OutputBuffer data_;
+    std::uint32_t dataChunkSizePosition_ = 0;
+    std::uint32_t dataLength_ = 0;
+    bool isComplete_ = true;
+};
+
+} // namespace deckmate

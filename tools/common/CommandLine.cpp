@@ -1,0 +1,75 @@
+#include "common/CommandLine.h"
+
+#include "common/Process.h"
+
+#include <charconv>
+#include <memory>
+#include <string_view>
+
+namespace deckmate::tools {
+
+namespace {
+
+template <class Number>
+std::optional<Number> parsed(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-")) {
+        text.remove_prefix(1);
+    }
+    Number value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+template <class Number>
+Number within(const std::string& option, const std::string& text, Number smallest, Number largest) {
+    const std::optional<Number> value = parsed<Number>(text);
+    // Not a number is not inside, either.
+    if (!value || !(*value >= smallest && *value <= largest)) {
+        throw CLI::ValidationError(option, "\"" + text + "\" is not a number from " +
+                                               CLI::detail::to_string(smallest) + " to " +
+                                               CLI::detail::to_string(largest));
+    }
+    return *value;
+}
+
+/// Names an option and its value, and leaves what it excludes to the manual.
+class PlainFormatter : public CLI::Formatter {
+public:
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const std::string type = option->get_type_name();
+        return type.empty() ? "" : " " + type;
+    }
+};
+
+} // namespace
+
+CommandLine::CommandLine(const std::string& name, const std::string& description)
+    : CLI::App(description, name) {
+    set_version_flag("--version", name + " " + DECKMATE_VERSION);
+    formatter(std::make_shared<PlainFormatter>());
+    get_formatter()->column_width(22);
+}
+
+std::optional<int> CommandLine::run(int argc, char** argv) {
+    try {
+        parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return exit(error) == 0 ? allDone : wrongUsage;
+    }
+    return std::nullopt;
+}
+
+double numberWithin(const std::string& option, const std::string& text, double smallest,
+                    double largest) {
+    return within(option, text, smallest, largest);
+}
+
+std::uint64_t wholeNumberWithin(const std::string& option, const std::string& text,
+                                std::uint64_t smallest, std::uint64_t largest) {
+    return within(option, text, smallest, largest);
+}
+
+} // namespace deckmate::tools
