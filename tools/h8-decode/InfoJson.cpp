@@ -68,7 +68,8 @@ std::string fileName(std::string_view name) {
             text += name.substr(0, length);
         } else {
             const auto byte = static_cast<std::uint8_t>(name.front());
-            text += "\\x" + hex(std::span(&byte, 1), 1);
+            text += "\\x";
+            text += hex(std::span(&byte, 1), 1);
         }
         name.remove_prefix(std::max<std::size_t>(length, 1));
     }
@@ -170,9 +171,10 @@ void printChunks(const std::optional<std::vector<ChunkInfo>>& chunks, std::FILE*
     put(stream, "\"chunks\":[");
     const char* separator = "";
     for (const ChunkInfo& chunk : chunks ? *chunks : std::vector<ChunkInfo>()) {
-        put(stream, separator + dumped({{"id", chunkName(chunk.chunkID)},
-                                        {"size", chunk.chunkSize},
-                                        {"offset", chunk.streamPos}}));
+        put(stream, separator);
+        put(stream, dumped({{"id", chunkName(chunk.chunkID)},
+                            {"size", chunk.chunkSize},
+                            {"offset", chunk.streamPos}}));
         separator = ",";
     }
     put(stream, "]");
@@ -187,9 +189,11 @@ bool printFile(const std::string& file, std::FILE* stream) {
     start.back() = ','; // the object goes on
     put(stream, start);
     printChunks(recording.reader()->chunks(), stream);
-    put(stream, ",\"bext\":" + dumped(bextObject(*recording.reader())));
+    put(stream, ",\"bext\":");
+    put(stream, dumped(bextObject(*recording.reader())));
     if (!loaded.error.empty()) {
-        put(stream, ",\"error\":" + dumped(fileName(loaded.error)));
+        put(stream, ",\"error\":");
+        put(stream, dumped(fileName(loaded.error)));
     }
     put(stream, "}\n");
     std::fflush(stream);
