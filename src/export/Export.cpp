@@ -67,7 +67,7 @@ private:
     int angle_;
     std::uint64_t done_;
     std::uint64_t total_;
-    std::array<float, 2 * blockFrames> block_;
+    std::array<float, 2 * blockFrames> block_ = {};
 };
 
 Export::Export(const std::filesystem::path& path) : Export(path, readWholeFile(path).bytes) {}

@@ -34,7 +34,9 @@ std::filesystem::path proposedName(const std::filesystem::path& source) {
 }
 
 std::filesystem::path withWavEnding(const std::filesystem::path& chosen) {
-    return endsAsWav(chosen.native()) ? chosen : std::filesystem::path(chosen.native() + std::string(ending));
+    return endsAsWav(chosen.native())
+               ? chosen
+               : std::filesystem::path(chosen.native() + std::string(ending));
 }
 
 bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {

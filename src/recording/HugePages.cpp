@@ -19,7 +19,7 @@ void adviseHugePages(void* block, std::size_t length) noexcept {
         return;
     }
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(block);
+    const auto start = reinterpret_cast<std::uintptr_t>(block);
     const std::uintptr_t skipped = (page - start % page) % page;
     const std::size_t whole = (length - skipped) / page * page;
     madvise(static_cast<std::byte*>(block) + skipped, whole, MADV_HUGEPAGE);

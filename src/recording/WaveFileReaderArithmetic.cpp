@@ -121,7 +121,7 @@ void WaveFileReader::getSampleLevelMeterFrom(double from, double to, float* chan
         truncatedOffset(bytesAt(to) + header_.dataChunkPosition), header_.dataChunkLength);
 
     constexpr std::size_t blockFrames = 256;
-    std::array<float, 2 * blockFrames> block;
+    std::array<float, 2 * blockFrames> block = {};
     while (readDataIdx_ < end) {
         const std::uint64_t wanted = (end - readDataIdx_ + frame - 1) / frame;
         const std::size_t frames =

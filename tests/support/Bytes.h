@@ -39,10 +39,10 @@ struct Format {
 Bytes formatBody(const Format& format);
 
 struct BextTexts {
-    std::string_view description = "";
+    std::string_view description{};
     std::string_view originator = "ORLO H8";
-    std::string_view reference = "";
-    std::string_view umid = "";
+    std::string_view reference{};
+    std::string_view umid{};
     std::string_view history = "A=PCM,F=48000,W=24,M=stereo,T=H8;VERSION=1.00;MSRAW=ON;";
 };
 /// The 602 fixed bytes and the coding history.

@@ -1,13 +1,17 @@
 #include "common/Process.h"
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <initializer_list>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace deckmate::tools {
+
+namespace {
 
 void prepareProcess() {
     std::signal(SIGPIPE, SIG_IGN);
@@ -17,6 +21,19 @@ void prepareProcess() {
         if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) != stream) {
             std::_Exit(someFailed);
         }
+    }
+}
+
+} // namespace
+
+int runProgram(const char* name, int argc, char** argv,
+               int (*work)(int argc, char** argv)) noexcept {
+    prepareProcess();
+    try {
+        return work(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", name, error.what());
+        return someFailed;
     }
 }
 

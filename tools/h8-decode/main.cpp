@@ -6,16 +6,24 @@
 
 #include <cstdio>
 
-int main(int argc, char** argv) {
-    using namespace deckmate::tools;
-    prepareProcess();
+namespace {
+
+using namespace deckmate::tools;
+
+int decodeOrTell(int argc, char** argv) {
     const std::variant<Options, int> parsed = parseOptions(argc, argv);
     if (const int* status = std::get_if<int>(&parsed)) {
         return *status;
     }
-    const Options& options = std::get<Options>(parsed);
+    const auto& options = std::get<Options>(parsed);
     if (options.info) {
         return printInfo(options.files, stdout);
     }
     return runJobs(planJobs(options), options);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runProgram("h8-decode", argc, argv, decodeOrTell);
 }

@@ -134,12 +134,12 @@ std::uint8_t* store(SampleFormat format, double sample, std::uint8_t* at) {
 
 bool isWritable(const SampleRecording& recording) {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max() - 1024;
-    return recording.frames <= largest / (2 * bytesPerSample(recording.format));
+    return recording.frames <= largest / (std::uint64_t{2} * bytesPerSample(recording.format));
 }
 
 bool makeRecording(const SampleRecording& recording, OutputBuffer& file) {
     const std::string start = header(recording);
-    const std::uint64_t blockAlign = 2 * bytesPerSample(recording.format);
+    const std::uint64_t blockAlign = std::uint64_t{2} * bytesPerSample(recording.format);
     const std::uint64_t dataSize = recording.frames * blockAlign;
     std::uint8_t* at = file.extend(start.size() + dataSize);
     if (at == nullptr) {

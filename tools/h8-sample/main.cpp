@@ -20,10 +20,7 @@ int fail(const std::string& file, const char* why) {
     return someFailed;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    prepareProcess();
+int makeSample(int argc, char** argv) {
     SampleRecording recording;
     double seconds = 10;
     std::string output;
@@ -82,4 +79,10 @@ int main(int argc, char** argv) {
         return fail(output, "Fail to save.");
     }
     return allDone;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return runProgram("h8-sample", argc, argv, makeSample);
 }
