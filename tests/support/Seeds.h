@@ -1,0 +1,20 @@
+// Small files of every kind that an open recording can meet, by the reason of their refusal.
+#pragma once
+
+#include "support/Bytes.h"
+
+#include <string>
+#include <vector>
+
+namespace deckmate::test {
+
+struct Seed {
+    std::string reason; ///< "accepted", "too-short", "not-riff-wave", "no-format", "no-data",
+                        ///< "no-bext" or "other-originator"
+    std::string name;
+    Bytes bytes;
+};
+
+std::vector<Seed> seeds();
+
+} // namespace deckmate::test
