@@ -1,19 +1,17 @@
 #include "export/OutputFile.h"
 
+#include "recording/FileDescriptor.h"
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace deckmate {
 
 namespace {
-
-// Calls in a row that a signal interrupted, or that took nothing, before the file counts as failed.
-constexpr int patience = 100;
 
 /// Keeps this thread from being killed for writing beyond the file-size limit; the write then
 /// reports it.
@@ -42,25 +40,6 @@ private:
     sigset_t before_ = {};
 };
 
-int openForWriting(const std::filesystem::path& path) {
-    // Non-blocking, so that a pipe without a reader fails instead of waiting.
-    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    constexpr mode_t mode = 0666;
-    int descriptor = -1;
-    for (int tries = 0; tries < patience; ++tries) {
-        descriptor = ::open(path.c_str(), flags, mode);
-        if (descriptor >= 0 || errno != EINTR) {
-            break;
-        }
-    }
-    return descriptor;
-}
-
-bool isRegular(int descriptor) {
-    struct stat status = {};
-    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
-
 bool writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
     int idle = 0;
     while (!bytes.empty()) {
@@ -79,13 +58,14 @@ bool writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
 
 bool writeWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
     const FileSizeSignalBlock block;
-    const int descriptor = openForWriting(path);
-    if (descriptor < 0) {
+    constexpr mode_t mode = 0666;
+    FileDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
+    if (!file.isOpen()) {
         return false;
     }
-    const bool isWritten = isRegular(descriptor) && writeAll(descriptor, bytes);
-    // Some file systems report a full volume or quota only here. The descriptor is gone either way.
-    const bool isClosed = ::close(descriptor) == 0;
+    const bool isWritten = file.regularSize() && writeAll(file.number(), bytes);
+    // Some file systems report a full volume or quota only here.
+    const bool isClosed = file.close();
     return isWritten && isClosed;
 }
 

@@ -1,11 +1,12 @@
 #include "recording/RecordingFile.h"
 
+#include "recording/FileDescriptor.h"
 #include "recording/HugePages.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
+#include <optional>
 #include <system_error>
 
 #include <fcntl.h>
@@ -17,41 +18,10 @@ namespace deckmate {
 namespace {
 
 constexpr std::uint64_t largestFile = std::numeric_limits<std::uint32_t>::max();
-// A signal may interrupt a call now and then; one that is interrupted this often in a row will
-// never get through.
-constexpr int patience = 100;
 
 std::string reason(int error) {
     return std::generic_category().message(error);
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(const std::filesystem::path& path) {
-        // A pipe without a writer must not hold up the caller.
-        constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-        for (int tries = 0; tries < patience; ++tries) {
-            number_ = ::open(path.c_str(), flags);
-            if (number_ >= 0 || errno != EINTR) {
-                return;
-            }
-        }
-    }
-    ~Descriptor() {
-        if (number_ >= 0) {
-            ::close(number_);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    Descriptor(Descriptor&&) = delete;
-    Descriptor& operator=(Descriptor&&) = delete;
-
-    int number() const { return number_; }
-
-private:
-    int number_ = -1;
-};
 
 /// Fills `block` up to `size` or the file's end; returns the bytes read, or -1 with errno set.
 std::int64_t readUpTo(int descriptor, std::uint8_t* block, std::uint64_t size) {
@@ -86,14 +56,15 @@ LoadedFile readWholeFile(const std::filesystem::path& path) {
     if (!S_ISREG(status.st_mode)) {
         return nothing("Not a regular file");
     }
-    const Descriptor file(path);
-    if (file.number() < 0 || ::fstat(file.number(), &status) != 0) {
+    const FileDescriptor file(path, O_RDONLY);
+    if (!file.isOpen()) {
         return nothing(reason(errno));
     }
-    if (!S_ISREG(status.st_mode)) {
+    const std::optional<std::uint64_t> regularSize = file.regularSize();
+    if (!regularSize) {
         return nothing("Not a regular file");
     }
-    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const std::uint64_t size = *regularSize;
     if (size == 0) {
         return nothing("Empty file");
     }
