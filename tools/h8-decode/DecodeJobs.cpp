@@ -20,13 +20,25 @@ namespace deckmate::tools {
 
 namespace {
 
+/// Where a chain of links leads, even if nothing is there yet.
+std::filesystem::path followed(std::filesystem::path path) {
+    constexpr int longestChain = 40; // as the system's own
+    std::error_code error;
+    for (int i = 0; i < longestChain && std::filesystem::is_symlink(path, error); ++i) {
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    }
+    return path;
+}
+
 /// Names under which two paths may be found to be one file. Letter case is folded, as some file
 /// systems do: taking two files for one costs only a wait.
 std::vector<std::string> identities(const std::filesystem::path& path) {
     std::error_code error;
-    std::string name = std::filesystem::weakly_canonical(path, error).native();
+    // Of a relative path that doesn't exist yet nothing would be resolved.
+    const std::filesystem::path absolute = std::filesystem::absolute(followed(path), error);
+    std::string name = std::filesystem::weakly_canonical(absolute, error).native();
     if (error) {
-        name = path.lexically_normal().native();
+        name = absolute.lexically_normal().native();
     }
     std::transform(name.begin(), name.end(), name.begin(), [](char character) {
         return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
