@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 #include <new>
 
 namespace deckmate {
@@ -15,7 +16,10 @@ namespace {
 std::tm localTime(std::chrono::system_clock::time_point moment) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
     std::tm local = {};
-    // localtime_r alone may go on using a time zone that has changed since.
+    // localtime_r alone may go on using a time zone that has changed since. tzset may not run twice
+    // at the same time.
+    static std::mutex zoneLock;
+    const std::lock_guard guard(zoneLock);
     tzset();
     localtime_r(&seconds, &local);
     return local;
