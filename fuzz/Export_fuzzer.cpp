@@ -17,12 +17,6 @@ void require(bool isTrue) {
     }
 }
 
-WavArray copyOf(const std::uint8_t* data, std::size_t size) {
-    auto* block = static_cast<std::uint8_t*>(std::malloc(size));
-    std::memcpy(block, data, size);
-    return {block, size};
-}
-
 /// The whole export but for the disk.
 void exportInMemory(Export& recording, bool is24bit) {
     BextChunkInfo bext = recording.buildBextInfo();
@@ -42,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) {
         return 0;
     }
-    Export recording("/fuzz/take.wav", copyOf(data, size));
+    Export recording("/fuzz/take.wav", WavArray::copyOf({data, size}));
     if (recording.IsFileValid()) {
         recording.setAngle(data[size - 1]);
         recording.setGain(static_cast<std::int8_t>(data[0]));

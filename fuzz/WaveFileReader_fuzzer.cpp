@@ -37,26 +37,17 @@ void checkFrames(WaveFileReader& reader) {
     constexpr std::size_t blockFrames = 61;
     std::array<float, 2 * blockFrames> block = {};
     reader.beginReadSample();
-    for (;;) {
-        const std::uint64_t start = reader.readDataIdx();
-        const std::size_t count = reader.readSampleBlock(block.data(), blockFrames);
-        if (count == 0) {
-            break;
+    while (const std::size_t count = reader.readFramesFrom(frames, block.data(), blockFrames)) {
+        for (std::size_t k = 0; k < count; ++k) {
+            float left = 0;
+            float right = 0;
+            require(reader.readNextSample(&left, &right));
+            require(std::bit_cast<std::uint32_t>(left) ==
+                    std::bit_cast<std::uint32_t>(block[2 * k]));
+            require(std::bit_cast<std::uint32_t>(right) ==
+                    std::bit_cast<std::uint32_t>(block[2 * k + 1]));
         }
         frames += count;
-        // Back to the block's start, without a way to seek: from the beginning.
-        if (start == reader.header().dataChunkPosition) {
-            reader.beginReadSample();
-            for (std::size_t k = 0; k < count; ++k) {
-                float left = 0;
-                float right = 0;
-                require(reader.readNextSample(&left, &right));
-                require(std::bit_cast<std::uint32_t>(left) ==
-                        std::bit_cast<std::uint32_t>(block[2 * k]));
-                require(std::bit_cast<std::uint32_t>(right) ==
-                        std::bit_cast<std::uint32_t>(block[2 * k + 1]));
-            }
-        }
     }
     require(reader.isFinishReadSample());
     require(frames == reader.frameCount());

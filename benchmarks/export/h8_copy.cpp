@@ -18,10 +18,11 @@ int main(int argc, char** argv) {
     const deckmate::WaveHeader header = reader.header();
     const deckmate::BextChunkInfo bext = recording.buildBextInfo();
     deckmate::BwfWriter writer(&reader, bext, true);
-    if (!writer.reserveSamples(header.dataChunkLength)) {
+    const auto size = static_cast<std::uint32_t>(reader.frameCount() * header.BlockAlign);
+    if (!writer.reserveSamples(size)) {
         return 1;
     }
-    writer.Write(reader.raw().bytes() + header.dataChunkPosition, header.dataChunkLength);
+    writer.Write(reader.raw().bytes() + header.dataChunkPosition, size);
     writer.FixUpChunkSizes();
     return writer.Save2File(argv[2]) ? 0 : 1;
 }

@@ -10,6 +10,7 @@
 namespace deckmate {
 
 /// Texts hold one character per byte (ISO 8859-1); the writer cuts and pads them to their width.
+/// For one thread at a time. Throws std::bad_alloc on creation when memory runs out.
 class BextChunkInfo {
 public:
     BextChunkInfo();

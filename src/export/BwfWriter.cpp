@@ -1,7 +1,6 @@
 #include "export/BwfWriter.h"
 
 #include "export/BextLayout.h"
-#include "export/OutputFile.h"
 #include "recording/RiffTypes.h"
 
 #include <algorithm>
@@ -13,7 +12,7 @@ namespace deckmate {
 
 namespace {
 
-// Room for the header and a coding history of usual length.
+// Enough for the fixed part of most of the header; the rest is added with the samples.
 constexpr std::uint64_t spareCapacity = 500;
 // The space that a 64-bit size table would take (EBU Tech 3306); this program writes none.
 constexpr std::uint32_t junkSize = 28;
@@ -116,8 +115,8 @@ void BwfWriter::FixUpChunkSizes() {
     std::memcpy(file + dataChunkSizePosition_, &dataLength_, sizeof dataLength_);
 }
 
-bool BwfWriter::Save2File(const std::filesystem::path& path) const {
-    return isComplete_ && writeWholeFile(path, data_.bytes());
+bool BwfWriter::Save2File(const std::filesystem::path& path, const WriteRules& rules) const {
+    return isComplete_ && writeWholeFile(path, data_.bytes(), rules);
 }
 
 std::uint32_t BwfWriter::stringToInt32(std::string_view text) {

@@ -3,6 +3,7 @@
 
 #include "export/BextChunkInfo.h"
 #include "export/OutputBuffer.h"
+#include "export/OutputFile.h"
 #include "recording/WaveFileReader.h"
 
 #include <cstddef>
@@ -25,20 +26,26 @@ namespace deckmate {
 /// For one thread at a time.
 class BwfWriter {
 public:
-    /// Lays out the header from the reader's format and the `bext` fields; a null reader counts as
-    /// a header of zeros. 24-bit integer samples, else 32-bit float.
+    /// Lays out the header from the reader's format and the `bext` fields, neither of which is used
+    /// afterwards; a null reader counts as a header of zeros. 24-bit integer samples, else 32-bit
+    /// float.
     BwfWriter(const WaveFileReader* reader, const BextChunkInfo& bext, bool is24bit);
 
     /// Makes room for `count` bytes of samples at once. NO when the file could not hold them.
     bool reserveSamples(std::uint64_t count);
     void Write(const void* bytes, std::uint32_t count);
     /// Appends `count` bytes for the caller to fill, as if written; null when they were not taken.
+    /// Valid until more is written.
     std::uint8_t* appendSamples(std::uint32_t count);
     /// Patches the RIFF and the `data` size. To be called once all samples are written.
     void FixUpChunkSizes();
     /// Writes the file in place; whether all of it was written.
-    bool Save2File(const std::filesystem::path& path) const;
-    void dispose() { data_.clear(); }
+    bool Save2File(const std::filesystem::path& path, const WriteRules& rules = {}) const;
+    /// Frees the file; nothing can be written or saved afterwards.
+    void dispose() {
+        data_.clear();
+        isComplete_ = false;
+    }
 
     /// The file so far.
     std::span<const std::uint8_t> data() const { return data_.bytes(); }

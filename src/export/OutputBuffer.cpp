@@ -3,6 +3,7 @@
 #include "recording/HugePages.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace deckmate {
 
@@ -23,7 +24,11 @@ bool OutputBuffer::reserve(std::size_t capacity) {
 }
 
 std::uint8_t* OutputBuffer::extend(std::size_t count) {
-    if (count > capacity_ - size_ && !reserve(std::max(size_ + count, capacity_ + capacity_ / 2))) {
+    if (count > std::numeric_limits<std::size_t>::max() - size_) {
+        return nullptr;
+    }
+    const std::size_t needed = std::max<std::size_t>(size_ + count, 1);
+    if (needed > capacity_ && !reserve(std::max(needed, capacity_ + capacity_ / 2))) {
         return nullptr;
     }
     std::uint8_t* start = block_.get() + size_;

@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include <fcntl.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace deckmate {
@@ -56,14 +57,19 @@ bool writeAll(int descriptor, std::span<const std::uint8_t> bytes) {
 
 } // namespace
 
-bool writeWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
-    const FileSizeSignalBlock block;
-    constexpr mode_t mode = 0666;
-    FileDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
-    if (!file.isOpen()) {
+bool writeWholeFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                    const WriteRules& rules) {
+    if (isOtherThanRegular(path)) {
         return false;
     }
-    const bool isWritten = file.regularSize() && writeAll(file.number(), bytes);
+    const FileSizeSignalBlock block;
+    constexpr mode_t mode = 0666;
+    FileDescriptor file(path, O_WRONLY | O_CREAT | (rules.mayOverwrite ? 0 : O_EXCL), mode);
+    // Emptied only now that it is known which file this is: names can change hands at any moment.
+    if (!file.isOpen() || !file.regularSize() || file.isFileAt(rules.untouchable)) {
+        return false;
+    }
+    const bool isWritten = ::ftruncate(file.number(), 0) == 0 && writeAll(file.number(), bytes);
     // Some file systems report a full volume or quota only here.
     const bool isClosed = file.close();
     return isWritten && isClosed;

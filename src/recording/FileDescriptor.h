@@ -13,6 +13,10 @@ namespace deckmate {
 /// as failed: one that is interrupted this often will never get through.
 inline constexpr int patience = 100;
 
+/// Whether something is there that is no regular file, so that opening it might already do
+/// something.
+bool isOtherThanRegular(const std::filesystem::path& path);
+
 /// Owns a descriptor. For one thread at a time.
 class FileDescriptor {
 public:
@@ -29,6 +33,8 @@ public:
     int number() const { return number_; }
     /// The size in bytes of a regular file; nothing for all other kinds.
     std::optional<std::uint64_t> regularSize() const;
+    /// Whether the path leads to this very file.
+    bool isFileAt(const std::filesystem::path& path) const;
     /// Whether all that was written has arrived, as far as the system says. Gone either way.
     bool close();
 

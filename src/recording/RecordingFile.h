@@ -9,8 +9,9 @@
 namespace deckmate {
 
 struct LoadedFile {
-    WavArray bytes;    ///< empty when the file gave no bytes
-    std::string error; ///< why it gave none, in the system's words; else empty
+    WavArray bytes;        ///< empty when the file gave no bytes
+    std::string error;     ///< why it gave none, in the system's words; else empty
+    bool isScarce = false; ///< it gave none for want of memory or descriptors
 };
 
 /// Reads a regular file of at most 4 GiB - 1 byte, the reach of a recording's 32-bit offsets.

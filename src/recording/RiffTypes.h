@@ -19,6 +19,8 @@ inline constexpr std::uint32_t RIFF = fourCC("RIFF");
 inline constexpr std::uint32_t WAVE = fourCC("WAVE");
 inline constexpr std::uint32_t FMT = fourCC("fmt ");
 inline constexpr std::uint32_t DATA = fourCC("data");
+/// Broadcast extension (EBU Tech 3285).
+inline constexpr std::uint32_t BEXT = fourCC("bext");
 
 /// Bytes of "RIFF", size, "WAVE".
 inline constexpr std::uint32_t fileHeaderSize = 12;

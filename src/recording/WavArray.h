@@ -1,8 +1,13 @@
 // A raw block of samples or bytes that its holder frees.
 #pragma once
 
+#include "recording/HugePages.h"
+
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -20,6 +25,20 @@ public:
     /// Takes over `bytes` (from `malloc`, or null), which hold `length` elements.
     BasicWavArray(Element* bytes, std::uint64_t length)
         : bytes_(bytes), length_(length), live_(bytes != nullptr) {}
+    /// A block of its own with the same elements; no block for none. Throws std::bad_alloc.
+    static BasicWavArray copyOf(std::span<const Element> elements) {
+        if (elements.empty()) {
+            return {};
+        }
+        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): blocks are malloc's
+        auto* block = static_cast<Element*>(std::malloc(elements.size_bytes()));
+        if (block == nullptr) {
+            throw std::bad_alloc();
+        }
+        adviseHugePages(block, elements.size_bytes());
+        std::copy(elements.begin(), elements.end(), block);
+        return {block, elements.size()};
+    }
     BasicWavArray(BasicWavArray&& other) noexcept { swap(other); }
     BasicWavArray& operator=(BasicWavArray&& other) noexcept {
         BasicWavArray taken(std::move(other));

@@ -1,14 +1,11 @@
 #include "recording/WaveFileReader.h"
 
-#include "recording/HugePages.h"
 #include "recording/LittleEndian.h"
 #include "recording/RiffTypes.h"
 #include "recording/SampleKernels.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <string_view>
 
 namespace deckmate {
 
@@ -17,28 +14,6 @@ namespace {
 constexpr std::uint64_t shortestFile = 48;
 // A chunk header behind the file header.
 constexpr std::uint32_t shortestWalk = riff::fileHeaderSize + riff::chunkHeaderSize;
-
-WavArray copyOf(std::span<const std::uint8_t> data) {
-    if (data.empty()) {
-        return {};
-    }
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): a WavArray owns malloc's blocks
-    auto* block = static_cast<std::uint8_t*>(std::malloc(data.size()));
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    adviseHugePages(block, data.size());
-    std::memcpy(block, data.data(), data.size());
-    return {block, data.size()};
-}
-
-std::string identifier(const ChunkInfo& chunk) {
-    std::string text;
-    for (int shift = 0; shift < 32; shift += 8) {
-        text.push_back(static_cast<char>(chunk.chunkID >> shift & 0xFF));
-    }
-    return text;
-}
 
 /// Bytes of one sample that can be decoded, 0 for any other depth.
 std::size_t decodableBytes(std::uint16_t bitsPerSample) {
@@ -69,7 +44,7 @@ float decoded(const std::uint8_t* bytes, std::uint16_t bitsPerSample, bool isFlo
 } // namespace
 
 std::shared_ptr<WaveFileReader> WaveFileReader::readFromData(std::span<const std::uint8_t> data) {
-    return readFromData(copyOf(data));
+    return readFromData(WavArray::copyOf(data));
 }
 
 std::shared_ptr<WaveFileReader> WaveFileReader::readFromData(WavArray&& data) {
@@ -142,14 +117,14 @@ const ChunkInfo* WaveFileReader::getBextChunk() const {
         return nullptr;
     }
     const auto found = std::find_if(chunks_->begin(), chunks_->end(), [](const ChunkInfo& chunk) {
-        return identifier(chunk) == "bext";
+        return chunk.chunkID == riff::BEXT;
     });
     return found == chunks_->end() ? nullptr : &*found;
 }
 
 WavArray WaveFileReader::getChunkData(const ChunkInfo& chunk) const {
     const std::span<const std::uint8_t> loaded = bytesFrom(chunk.streamPos);
-    return copyOf(loaded.first(std::min<std::size_t>(chunk.chunkSize, loaded.size())));
+    return WavArray::copyOf(loaded.first(std::min<std::size_t>(chunk.chunkSize, loaded.size())));
 }
 
 std::string WaveFileReader::DecodeAsString(std::span<const std::uint8_t> bytes,
@@ -194,21 +169,34 @@ bool WaveFileReader::readNextSample(float* left, float* chanelRight) {
 }
 
 std::size_t WaveFileReader::readSampleBlock(float* pairs, std::size_t maxFrames) {
-    const std::uint64_t frames = std::min<std::uint64_t>(maxFrames, framesFrom(readDataIdx_));
+    const std::size_t frames = readFramesAt(readDataIdx_, pairs, maxFrames);
+    readDataIdx_ += frames * frameBytes();
+    return frames;
+}
+
+std::size_t WaveFileReader::readFramesFrom(std::uint64_t first, float* pairs,
+                                           std::size_t maxFrames) const {
+    return first < frameCount()
+               ? readFramesAt(header_.dataChunkPosition + first * frameBytes(), pairs, maxFrames)
+               : 0;
+}
+
+std::size_t WaveFileReader::readFramesAt(std::uint64_t position, float* pairs,
+                                         std::size_t maxFrames) const {
+    const std::size_t frames = std::min<std::uint64_t>(maxFrames, framesFrom(position));
     if (frames == 0) {
         return 0;
     }
+    const std::uint8_t* bytes = bytesFrom(position).data();
     const bool isStereo = header_.NumChannels == 2;
     if (isStereo && header_.BitsPerSample == 24) {
-        const std::span<const std::uint8_t> bytes = bytesFrom(readDataIdx_);
-        SampleKernels::active().unpackPcm24(bytes.data(), pairs, 2 * frames);
-        readDataIdx_ += frames * frameBytes();
+        SampleKernels::active().unpackPcm24(bytes, pairs, 2 * frames);
     } else if (isStereo && header_.BitsPerSample == 32 && encoding_ == riff::ieeeFloat) {
-        std::memcpy(pairs, bytesFrom(readDataIdx_).data(), frames * frameBytes());
-        readDataIdx_ += frames * frameBytes();
+        std::memcpy(pairs, bytes, frames * frameBytes());
     } else {
-        for (std::uint64_t k = 0; k < frames; ++k) {
-            readNextSample(&pairs[2 * k], &pairs[2 * k + 1]);
+        std::fill_n(pairs, 2 * frames, noSample);
+        for (std::size_t k = 0; k < frames; ++k) {
+            getSample(&pairs[2 * k], &pairs[2 * k + 1], bytesFrom(position + k * frameBytes()));
         }
     }
     return frames;

@@ -13,6 +13,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace deckmate {
@@ -31,8 +32,8 @@ namespace deckmate {
 /// is divided by 10^(x/20), so a user gain of +g is passed as -g. Angles are indices into
 /// `SideLevelCoef`.
 ///
-/// Thread: one at a time, but `header()` any. The class operations are reentrant and lock and
-/// allocate nothing.
+/// Thread: one at a time, but `header()` any. The class operations are reentrant and, once the
+/// kernels have been chosen by a first call, lock and allocate nothing.
 class WaveFileReader {
 public:
     /// The value of a sample that isn't there.
@@ -65,6 +66,10 @@ public:
     /// Reads up to `maxFrames` frames into interleaved `pairs`; returns how many. The same as that
     /// many calls of `readNextSample`.
     std::size_t readSampleBlock(float* pairs, std::size_t maxFrames);
+    /// Reads up to `maxFrames` frames from frame `first` of the `data` chunk on into interleaved
+    /// `pairs`; returns how many. Leaves the reading position alone, so that several threads may
+    /// read at the same time as long as nothing changes the reader.
+    std::size_t readFramesFrom(std::uint64_t first, float* pairs, std::size_t maxFrames) const;
     /// Decodes one frame at the start of `data` (frame bytes up to the end of what may be read).
     /// Channel 0 goes to `left`, every other one to `changeRight`, so the last one wins; a channel
     /// that the file lacks leaves its sample as it was.
@@ -127,6 +132,7 @@ private:
     void readFormat(std::uint32_t body);
     std::uint64_t frameBytes() const;
     std::uint64_t framesFrom(std::uint64_t position) const;
+    std::size_t readFramesAt(std::uint64_t position, float* pairs, std::size_t maxFrames) const;
     std::span<const std::uint8_t> bytesFrom(std::uint64_t position) const;
 
     bool isValidFile_ = false;

@@ -27,7 +27,7 @@ class JobsTest(DecodeTest):
         """For each number of jobs: exit status, lines on both streams, the folder's contents."""
         found = []
         for jobs in JOBS:
-            folder = self.folder / "work"
+            folder = self.folder / "here"
             folder.mkdir()
             prepare(folder)
             result = decode("--jobs", jobs, *arguments, cwd=folder)
@@ -127,7 +127,7 @@ class Chains(JobsTest):
         def prepare(folder):
             (folder / "a.wav").write_bytes(take(1, LONG))
 
-        later = self.folder / "work" / "a_Decode.WAV"
+        later = self.folder / "here" / "a_Decode.WAV"
         outcome = self.assert_same(self.outcomes(prepare, "a.wav", later))
         self.assertEqual((outcome[0], outcome[2]), (0, b""))
         self.assertEqual(self.samples_of(outcome[3], "a_Decode_Decode.WAV"), pcm24(998, 999))
@@ -194,7 +194,7 @@ class SharedTargets(JobsTest):
         def prepare(folder):
             (folder / "a.wav").write_bytes(take(1, LONG))
 
-        spellings = ("a.wav", "./a.wav", "../work/a.wav", str(self.folder / "work" / "a.wav"))
+        spellings = ("a.wav", "./a.wav", "../here/a.wav", str(self.folder / "here" / "a.wav"))
         outcome = self.assert_same(self.outcomes(prepare, *spellings))
         self.assertEqual(outcome[2].decode(), "".join(f"{spelling}: File exists.\n"
                                                       for spelling in spellings[1:]))

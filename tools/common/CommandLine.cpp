@@ -2,9 +2,12 @@
 
 #include "common/Process.h"
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace deckmate::tools {
 
@@ -28,11 +31,21 @@ Number within(const std::string& option, const std::string& text, Number smalles
     const std::optional<Number> value = parsed<Number>(text);
     // Not a number is not inside, either.
     if (!value || !(*value >= smallest && *value <= largest)) {
-        throw CLI::ValidationError(option, "\"" + text + "\" is not a number from " +
+        throw CLI::ValidationError(option, "\"" + CommandLine::asGiven(text) +
+                                               "\" is not a number from " +
                                                CLI::detail::to_string(smallest) + " to " +
                                                CLI::detail::to_string(largest));
     }
     return *value;
+}
+
+constexpr char mark = '\1';
+
+/// With any number of marks in front, so that a name that begins with one is told from a marked
+/// one.
+bool isInBrackets(std::string_view argument) {
+    argument.remove_prefix(std::min(argument.find_first_not_of(mark), argument.size()));
+    return argument.starts_with('[') && argument.ends_with(']');
 }
 
 /// Names an option and its value, and leaves what it excludes to the manual.
@@ -54,12 +67,24 @@ CommandLine::CommandLine(const std::string& name, const std::string& description
 }
 
 std::optional<int> CommandLine::run(int argc, char** argv) {
+    std::vector<std::string> arguments; // in reverse, as the parser wants them
+    for (int i = argc - 1; i > 0; --i) {
+        const bool isMarked = isInBrackets(argv[i]);
+        arguments.push_back(isMarked ? mark + std::string(argv[i]) : argv[i]);
+    }
     try {
-        parse(argc, argv);
+        parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return exit(error) == 0 ? allDone : wrongUsage;
     }
     return std::nullopt;
+}
+
+std::string CommandLine::asGiven(std::string value) {
+    if (value.starts_with(mark) && isInBrackets(value)) {
+        value.erase(0, 1);
+    }
+    return value;
 }
 
 double numberWithin(const std::string& option, const std::string& text, double smallest,

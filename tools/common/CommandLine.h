@@ -17,6 +17,10 @@ public:
     /// Parses the arguments. An exit status where the program is to end at once: after `--help` or
     /// `--version`, and after wrong usage, which is explained on standard error.
     std::optional<int> run(int argc, char** argv);
+
+    /// What was given on the command line for a value that the parser has handed over: the parser
+    /// would take "[a,b]" apart, so that arguments in brackets go through it marked.
+    static std::string asGiven(std::string value);
 };
 
 /// A decimal number in `smallest..largest`, in the same notation under every locale.

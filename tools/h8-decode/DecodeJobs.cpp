@@ -1,8 +1,11 @@
 #include "DecodeJobs.h"
 
 #include "DecodeReport.h"
+#include "MemoryBudget.h"
 #include "common/Process.h"
 #include "export/Export.h"
+#include "recording/Parallel.h"
+#include "recording/RecordingFile.h"
 
 #include <algorithm>
 #include <atomic>
@@ -10,9 +13,10 @@
 #include <map>
 #include <mutex>
 #include <new>
+#include <shared_mutex>
 #include <string_view>
 #include <system_error>
-#include <thread>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -57,34 +61,33 @@ std::vector<std::string> identities(const std::filesystem::path& path) {
 class Precedence {
 public:
     std::vector<std::size_t> add(std::size_t job, const DecodeJob& files) {
-        std::vector<std::size_t> earlier;
-        const auto note = [&](std::map<std::string, std::size_t>& last, const std::string& name) {
-            const auto found = last.find(name);
-            if (found != last.end()) {
-                earlier.push_back(found->second);
-            }
-        };
         const std::vector<std::string> sources = identities(files.source);
         const std::vector<std::string> targets = identities(files.target);
+        std::vector<std::size_t> earlier;
         for (const std::string& name : sources) {
-            note(lastWriter_, name);
+            const Users& users = users_[name];
+            earlier.insert(earlier.end(), users.writer.begin(), users.writer.end());
         }
         for (const std::string& name : targets) {
-            note(lastWriter_, name);
-            note(lastReader_, name);
+            const Users& users = users_[name];
+            earlier.insert(earlier.end(), users.writer.begin(), users.writer.end());
+            earlier.insert(earlier.end(), users.readers.begin(), users.readers.end());
         }
         for (const std::string& name : sources) {
-            lastReader_[name] = job;
+            users_[name].readers.push_back(job);
         }
         for (const std::string& name : targets) {
-            lastWriter_[name] = job;
+            users_[name] = {{job}, {}}; // whoever waits for this job waits for those before it
         }
         return earlier;
     }
 
 private:
-    std::map<std::string, std::size_t> lastWriter_;
-    std::map<std::string, std::size_t> lastReader_;
+    struct Users {
+        std::vector<std::size_t> writer;  ///< the last one, if any
+        std::vector<std::size_t> readers; ///< all since then
+    };
+    std::map<std::string, Users> users_;
 };
 
 std::filesystem::path targetFor(const std::filesystem::path& source, const Options& options) {
@@ -94,82 +97,108 @@ std::filesystem::path targetFor(const std::filesystem::path& source, const Optio
     return options.outputDir.value_or(source.parent_path()) / proposedName(source);
 }
 
-/// Returns why the file could not be decoded; empty when it was.
-std::string_view decode(const DecodeJob& job, const Options& options,
-                        Export::Progress progress) try {
+struct Outcome {
+    std::string_view failure; ///< empty when the file was decoded
+    bool isScarce = false;    ///< it might be decoded with more memory, descriptors or room
+};
+
+Outcome decode(const DecodeJob& job, const Options& options, Export::Progress progress) try {
     if (isSameFile(job.target, job.source)) {
-        return alertText(SaveOutcome::refused);
+        return {alertText(SaveOutcome::refused)};
     }
     std::error_code error;
     // A link that leads nowhere is in the way, too.
     if (!options.force &&
         std::filesystem::exists(std::filesystem::symlink_status(job.target, error))) {
-        return "File exists.";
+        return {"File exists."};
     }
-    Export recording(job.source);
+    LoadedFile loaded = readWholeFile(job.source);
+    Export recording(job.source, std::move(loaded.bytes));
     if (!recording.IsFileValid()) {
-        return "File not supported.";
+        return {"File not supported.", loaded.isScarce};
     }
     recording.setAngle(options.angle);
     recording.setGain(options.gain);
+    recording.setMayOverwrite(options.force);
     recording.setProgress(std::move(progress));
-    return alertText(saveDecoded(recording, job.target, options.choices));
+    const SaveOutcome outcome = saveDecoded(recording, job.target, options.choices);
+    return {alertText(outcome), outcome == SaveOutcome::failed};
 } catch (const std::bad_alloc&) {
-    return alertText(SaveOutcome::failed);
+    return {alertText(SaveOutcome::failed), true};
 }
 
 class Runner {
 public:
     Runner(const std::vector<DecodeJob>& jobs, const Options& options)
-        : jobs_(jobs), options_(options), report_(jobs), isDone_(jobs.size(), false) {}
+        : jobs_(jobs), options_(options), memory_(MemoryBudget::ofThisMachine()), report_(jobs),
+          isDone_(jobs.size(), 0) {}
 
     int run() {
-        std::vector<std::thread> helpers;
-        try {
-            while (helpers.size() + 1 < std::min(options_.jobs, jobs_.size())) {
-                helpers.emplace_back([this] { work(); });
-            }
-        } catch (const std::system_error&) {
-            // No more threads to be had: those that run do all the work.
-        }
-        work();
-        for (std::thread& helper : helpers) {
-            helper.join();
-        }
+        const std::size_t threads = std::min({options_.jobs, jobs_.size(), mostThreads});
+        inParallel(threads, threads, [this](std::size_t) { work(); });
         return report_.finish() ? allDone : someFailed;
     }
 
 private:
+    static constexpr std::size_t mostThreads = 64;
+
     // Jobs are taken in order and wait only for earlier ones, so the first one running never waits.
-    void work() {
+    void work() noexcept {
         for (std::size_t job = next_++; job < jobs_.size(); job = next_++) {
             waitForEarlier(jobs_[job]);
-            const std::string_view failure =
-                decode(jobs_[job], options_, [&](std::uint64_t done, std::uint64_t total) {
-                    report_.advanced(job, done, total);
-                });
-            report_.ended(job, failure);
+            report_.ended(job, decodeOrRepeat(job));
             const std::lock_guard guard(lock_);
-            isDone_[job] = true;
+            isDone_[job] = 1;
             someDone_.notify_all();
         }
+    }
+
+    /// What failed beside others for want of something is tried again alone, so that the results
+    /// are those of decoding one file after another.
+    std::string_view decodeOrRepeat(std::size_t job) {
+        const auto attempt = [&] {
+            return decode(jobs_[job], options_,
+                          [this, job](std::uint64_t done, std::uint64_t total) {
+                              report_.advanced(job, done, total);
+                          });
+        };
+        Outcome outcome;
+        {
+            const MemoryBudget::Share share(memory_, expectedMemory(jobs_[job]));
+            const std::shared_lock beside(alone_);
+            outcome = attempt();
+        }
+        if (outcome.isScarce && options_.jobs > 1) {
+            const std::unique_lock guard(alone_);
+            outcome = attempt();
+        }
+        return outcome.failure;
+    }
+
+    std::uint64_t expectedMemory(const DecodeJob& job) const {
+        std::error_code error;
+        const std::uintmax_t source = std::filesystem::file_size(job.source, error);
+        // The source and its output, which is as large at 24 bit and up to twice that in floats.
+        return error ? 0 : source * (options_.choices.is24bit ? 2 : 3);
     }
 
     void waitForEarlier(const DecodeJob& job) {
         std::unique_lock guard(lock_);
         someDone_.wait(guard, [&] {
             return std::all_of(job.after.begin(), job.after.end(),
-                               [&](std::size_t earlier) { return isDone_[earlier]; });
+                               [&](std::size_t earlier) { return isDone_[earlier] != 0; });
         });
     }
 
     const std::vector<DecodeJob>& jobs_;
     const Options& options_;
+    MemoryBudget memory_;
     DecodeReport report_;
     std::atomic<std::size_t> next_ = 0;
-    std::mutex lock_;
+    std::shared_mutex alone_; ///< held shared by who decodes beside others
+    std::mutex lock_;         ///< of what follows
     std::condition_variable someDone_;
-    std::vector<bool> isDone_;
+    std::vector<char> isDone_;
 };
 
 } // namespace

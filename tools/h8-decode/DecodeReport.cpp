@@ -2,8 +2,8 @@
 
 #include "DecodeJobs.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <numeric>
 
 #include <unistd.h>
 
@@ -12,13 +12,7 @@ namespace deckmate::tools {
 namespace {
 
 constexpr std::chrono::milliseconds barInterval(50);
-constexpr std::size_t barWidth = 40;
-
-/// In one call, so that a line is not torn apart by another program's.
-void put(std::FILE* stream, const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
-}
+constexpr int barWidth = 40;
 
 } // namespace
 
@@ -28,7 +22,7 @@ DecodeReport::DecodeReport(const std::vector<DecodeJob>& jobs)
 
 void DecodeReport::advanced(std::size_t job, std::uint64_t done, std::uint64_t total) {
     const std::lock_guard guard(lock_);
-    shares_[job] = static_cast<double>(done) / static_cast<double>(total);
+    setShare(job, static_cast<double>(done) / static_cast<double>(total));
     if (hasBar_ && std::chrono::steady_clock::now() - lastShown_ >= barInterval) {
         showBar();
     }
@@ -37,7 +31,7 @@ void DecodeReport::advanced(std::size_t job, std::uint64_t done, std::uint64_t t
 void DecodeReport::ended(std::size_t job, std::string_view failure) {
     const std::lock_guard guard(lock_);
     failures_[job] = failure;
-    shares_[job] = 1.0;
+    setShare(job, 1.0);
     for (; printed_ < jobs_.size() && failures_[printed_]; ++printed_) {
         print(printed_);
     }
@@ -53,31 +47,42 @@ bool DecodeReport::finish() {
 }
 
 void DecodeReport::print(std::size_t job) {
-    const std::string& failure = *failures_[job];
+    const DecodeJob& files = jobs_[job];
+    const std::string_view failure = *failures_[job];
     hideBar();
     if (failure.empty()) {
-        put(stdout, jobs_[job].source + " -> " + jobs_[job].target.native() + "\n");
+        std::printf("%s -> %s\n", files.source.c_str(), files.target.c_str());
+        std::fflush(stdout);
     } else {
-        put(stderr, jobs_[job].source + ": " + failure + "\n");
+        // Standard error has no buffer of its own: one call, so that no other program's words come
+        // in between.
+        std::fprintf(stderr, "%s: %.*s\n", files.source.c_str(), static_cast<int>(failure.size()),
+                     failure.data());
         hasFailure_ = true;
     }
 }
 
+void DecodeReport::setShare(std::size_t job, double share) {
+    sumOfShares_ += share - shares_[job];
+    shares_[job] = share;
+}
+
 void DecodeReport::showBar() {
-    const double sum = std::accumulate(shares_.begin(), shares_.end(), 0.0);
-    const double share = sum / static_cast<double>(jobs_.size());
-    const auto filled = static_cast<std::size_t>(share * barWidth);
-    put(stdout, "\r[" + std::string(filled, '#') + std::string(barWidth - filled, '.') + "] " +
-                    std::to_string(static_cast<int>(share * 100)) + " %  " +
-                    std::to_string(printed_) + " of " + std::to_string(jobs_.size()) +
-                    " files\x1b[K");
+    constexpr const char* full = "########################################";
+    constexpr const char* empty = "........................................";
+    const double share = sumOfShares_ / static_cast<double>(jobs_.size());
+    const int filled = std::clamp(static_cast<int>(share * barWidth), 0, barWidth);
+    std::printf("\r[%.*s%.*s] %d %%  %zu of %zu files\x1b[K", filled, full, barWidth - filled,
+                empty, static_cast<int>(share * 100), printed_, jobs_.size());
+    std::fflush(stdout);
     isBarShown_ = true;
     lastShown_ = std::chrono::steady_clock::now();
 }
 
 void DecodeReport::hideBar() {
     if (isBarShown_) {
-        put(stdout, "\r\x1b[K");
+        std::fputs("\r\x1b[K", stdout);
+        std::fflush(stdout);
         isBarShown_ = false;
     }
 }

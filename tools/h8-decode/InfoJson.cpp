@@ -10,10 +10,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 namespace deckmate::tools {
 
@@ -91,20 +96,12 @@ std::string latin1(std::string_view bytes) {
     return text;
 }
 
-std::string chunkName(std::uint32_t chunkID) {
-    std::array<char, 4> characters = {};
-    std::memcpy(characters.data(), &chunkID, characters.size());
-    return latin1({characters.data(), characters.size()});
-}
-
-template <class Integer>
-std::uint64_t integer(const bext::Field& field, std::span<const std::uint8_t> body) {
-    std::array<std::uint8_t, sizeof(Integer)> bytes = {};
+/// A number field of up to eight bytes.
+std::uint64_t number(const bext::Field& field, std::span<const std::uint8_t> body) {
+    std::array<std::uint8_t, sizeof(std::uint64_t)> bytes = {};
     const auto found = field.in(body);
     std::copy(found.begin(), found.end(), bytes.begin());
-    Integer value = 0;
-    std::memcpy(&value, bytes.data(), bytes.size());
-    return value;
+    return loadU64(bytes.data());
 }
 
 Json bextObject(const WaveFileReader& reader) {
@@ -124,8 +121,8 @@ Json bextObject(const WaveFileReader& reader) {
         {"originator_reference", text(bext::OriginatorReference)},
         {"origination_date", text(bext::OriginationDate)},
         {"origination_time", text(bext::OriginationTime)},
-        {"time_reference", integer<std::uint64_t>(bext::TimeReference, body)},
-        {"version", integer<std::uint16_t>(bext::Version, body)},
+        {"time_reference", number(bext::TimeReference, body)},
+        {"version", number(bext::Version, body)},
         {"umid",
          hex(bext::UniqueMaterialIdentifier.in(body), bext::UniqueMaterialIdentifier.width)},
         {"coding_history", latin1(WaveFileReader::DecodeAsString(history, history.size()))},
@@ -166,38 +163,63 @@ void put(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
 }
 
-/// Piece by piece: a hostile file can hold a hundred million chunks.
-void printChunks(const std::optional<std::vector<ChunkInfo>>& chunks, std::FILE* stream) {
-    put(stream, "\"chunks\":[");
+/// A character of a chunk's identifier, which may be any byte.
+void putCharacter(std::uint32_t code, std::FILE* stream) {
+    if (code == '"' || code == '\\') {
+        std::fprintf(stream, "\\%c", static_cast<int>(code));
+    } else if (code < 0x20 || code >= 0x7F) {
+        std::fprintf(stream, "\\u%04x", code);
+    } else {
+        std::fputc(static_cast<int>(code), stream);
+    }
+}
+
+/// Piece by piece and without memory: a hostile file can hold a hundred million chunks.
+void putChunks(std::span<const ChunkInfo> chunks, std::FILE* stream) {
     const char* separator = "";
-    for (const ChunkInfo& chunk : chunks ? *chunks : std::vector<ChunkInfo>()) {
-        put(stream, separator);
-        put(stream, dumped({{"id", chunkName(chunk.chunkID)},
-                            {"size", chunk.chunkSize},
-                            {"offset", chunk.streamPos}}));
+    put(stream, "\"chunks\":[");
+    for (const ChunkInfo& chunk : chunks) {
+        std::fprintf(stream, "%s{\"id\":\"", separator);
+        for (int shift = 0; shift < 32; shift += 8) {
+            putCharacter(chunk.chunkID >> shift & 0xFF, stream);
+        }
+        std::fprintf(stream, "\",\"size\":%u,\"offset\":%u}", chunk.chunkSize, chunk.streamPos);
         separator = ",";
     }
     put(stream, "]");
 }
 
-/// Whether the file gave bytes.
-bool printFile(const std::string& file, std::FILE* stream) {
-    LoadedFile loaded = readWholeFile(file);
-    const Export recording(file, std::move(loaded.bytes));
-
+/// The whole line; all that may fail for want of memory comes before its first character.
+void putLine(const std::string& file, const Export& recording, const std::string& error,
+             std::FILE* stream) {
+    const auto& chunks = recording.reader()->chunks();
     std::string start = dumped(formatObject(file, recording));
     start.back() = ','; // the object goes on
-    put(stream, start);
-    printChunks(recording.reader()->chunks(), stream);
-    put(stream, ",\"bext\":");
-    put(stream, dumped(bextObject(*recording.reader())));
-    if (!loaded.error.empty()) {
-        put(stream, ",\"error\":");
-        put(stream, dumped(fileName(loaded.error)));
+    std::string end = ",\"bext\":";
+    end += dumped(bextObject(*recording.reader()));
+    if (!error.empty()) {
+        end += ",\"error\":";
+        end += dumped(fileName(error));
     }
-    put(stream, "}\n");
+    end += "}\n";
+    put(stream, start);
+    putChunks(chunks ? std::span<const ChunkInfo>(*chunks) : std::span<const ChunkInfo>(), stream);
+    put(stream, end);
     std::fflush(stream);
-    return loaded.error.empty();
+}
+
+/// Whether the file gave bytes.
+bool printFile(const std::string& file, std::FILE* stream) {
+    std::string error;
+    try {
+        LoadedFile loaded = readWholeFile(file);
+        error = loaded.error;
+        putLine(file, Export(file, std::move(loaded.bytes)), error, stream);
+    } catch (const std::bad_alloc&) {
+        error = std::generic_category().message(ENOMEM);
+        putLine(file, Export(file, WavArray()), error, stream);
+    }
+    return error.empty();
 }
 
 } // namespace

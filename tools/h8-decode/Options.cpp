@@ -67,11 +67,20 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
         ->check([](const std::string& text) {
             return text == "24" || text == "32f" ? "" : "\"" + text + "\" is neither 24 nor 32f";
         });
-    auto* output = decoding(line.add_option("--output", options.output,
-                                            "The file to write, for a single source"))
+    auto* output = decoding(line.add_option_function<std::string>(
+                                "--output",
+                                [&](const std::string& text) {
+                                    options.output = CommandLine::asGiven(text);
+                                    if (options.output->filename().empty()) {
+                                        throw CLI::ValidationError("--output", "names no file");
+                                    }
+                                },
+                                "The file to write, for a single source"))
                        ->type_name("PATH");
-    decoding(line.add_option("--output-dir", options.outputDir,
-                             "The folder to write to (default: beside each source)"))
+    decoding(line.add_option_function<std::string>(
+                 "--output-dir",
+                 [&](const std::string& text) { options.outputDir = CommandLine::asGiven(text); },
+                 "The folder to write to (default: beside each source)"))
         ->type_name("DIR")
         ->excludes(output);
     decoding(line.add_flag("--force", options.force, "Overwrite targets that exist"));
@@ -92,6 +101,9 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
 
     if (const std::optional<int> status = line.run(argc, argv)) {
         return *status;
+    }
+    for (std::string& file : options.files) {
+        file = CommandLine::asGiven(file);
     }
     return options;
 }

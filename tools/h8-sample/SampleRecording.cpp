@@ -12,6 +12,7 @@
 #include <numbers>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace deckmate::tools {
 

@@ -5,10 +5,13 @@
 #include "export/OutputFile.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -70,12 +73,14 @@ int makeSample(int argc, char** argv) {
         return *status;
     }
 
+    output = CommandLine::asGiven(output);
     std::error_code error;
     if (!isForced && std::filesystem::exists(std::filesystem::symlink_status(output, error))) {
         return fail(output, "File exists.");
     }
     OutputBuffer file;
-    if (!makeRecording(recording, file) || !writeWholeFile(output, file.bytes())) {
+    if (!makeRecording(recording, file) ||
+        !writeWholeFile(output, file.bytes(), {.untouchable = {}, .mayOverwrite = isForced})) {
         return fail(output, "Fail to save.");
     }
     return allDone;

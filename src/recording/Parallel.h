@@ -1,0 +1,19 @@
+// Work on large blocks by several threads at the same time.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace deckmate {
+
+/// Calls `work` once for each piece 0..pieces-1 and returns when all are done. The calling thread
+/// takes part and is the only one where no others are to be had. Pieces begin in their order.
+/// `work` must be safe for different pieces at the same time, and must not throw on other threads
+/// than the calling one. Thread: any.
+void inParallel(std::size_t pieces, const std::function<void(std::size_t piece)>& work);
+
+/// The same on up to `threads` threads, the calling one among them.
+void inParallel(std::size_t threads, std::size_t pieces,
+                const std::function<void(std::size_t piece)>& work);
+
+} // namespace deckmate
