@@ -8,8 +8,8 @@
 namespace deckmate {
 
 struct WriteRules {
-    std::filesystem::path untouchable; ///< a file that is not written to, under whatever name
-    bool mayOverwrite = true;          ///< else only a file that doesn't exist yet is written
+    std::filesystem::path untouchable{}; ///< a file that is not written to, under whatever name
+    bool mayOverwrite = true;            ///< else only a file that doesn't exist yet is written
 };
 
 /// Creates or overwrites the regular file at `path` in place, without a temporary file, and returns

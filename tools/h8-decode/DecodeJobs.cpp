@@ -99,17 +99,20 @@ std::filesystem::path targetFor(const std::filesystem::path& source, const Optio
 
 struct Outcome {
     std::string_view failure; ///< empty when the file was decoded
-    bool isScarce = false;    ///< it might be decoded with more memory, descriptors or room
+    bool isScarce = false;    ///< it might be decoded with more memory or descriptors
 };
+
+/// A link that leads nowhere is in the way, too.
+bool isThere(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::symlink_status(path, error));
+}
 
 Outcome decode(const DecodeJob& job, const Options& options, Export::Progress progress) try {
     if (isSameFile(job.target, job.source)) {
         return {alertText(SaveOutcome::refused)};
     }
-    std::error_code error;
-    // A link that leads nowhere is in the way, too.
-    if (!options.force &&
-        std::filesystem::exists(std::filesystem::symlink_status(job.target, error))) {
+    if (!options.force && isThere(job.target)) {
         return {"File exists."};
     }
     LoadedFile loaded = readWholeFile(job.source);
@@ -122,7 +125,9 @@ Outcome decode(const DecodeJob& job, const Options& options, Export::Progress pr
     recording.setMayOverwrite(options.force);
     recording.setProgress(std::move(progress));
     const SaveOutcome outcome = saveDecoded(recording, job.target, options.choices);
-    return {alertText(outcome), outcome == SaveOutcome::failed};
+    // What was written of a new target stays, and is then in the way of a second attempt.
+    const bool mayTryAgain = options.force || !isThere(job.target);
+    return {alertText(outcome), outcome == SaveOutcome::failed && mayTryAgain};
 } catch (const std::bad_alloc&) {
     return {alertText(SaveOutcome::failed), true};
 }
@@ -176,10 +181,12 @@ private:
     }
 
     std::uint64_t expectedMemory(const DecodeJob& job) const {
-        std::error_code error;
-        const std::uintmax_t source = std::filesystem::file_size(job.source, error);
+        struct stat status = {};
+        if (::stat(job.source.c_str(), &status) != 0) {
+            return 0;
+        }
         // The source and its output, which is as large at 24 bit and up to twice that in floats.
-        return error ? 0 : source * (options_.choices.is24bit ? 2 : 3);
+        return static_cast<std::uint64_t>(status.st_size) * (options_.choices.is24bit ? 2 : 3);
     }
 
     void waitForEarlier(const DecodeJob& job) {

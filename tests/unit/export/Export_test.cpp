@@ -3,10 +3,14 @@
 #include "support/Bytes.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <functional>
 #include <gtest/gtest.h>
 #include <limits>
 #include <string>
+#include <thread>
 
 namespace deckmate {
 namespace {
@@ -17,14 +21,8 @@ constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr Format floatFormat{.tag = 3, .bits = 32};
 constexpr BextTexts plain{.history = plainHistory};
 
-WavArray block(const Bytes& bytes) {
-    auto* copy = static_cast<std::uint8_t*>(std::malloc(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), copy);
-    return {copy, bytes.size()};
-}
-
 Export opened(const Bytes& bytes) {
-    return Export("/some/where/take.wav", block(bytes));
+    return Export("/some/where/take.wav", WavArray::copyOf(bytes));
 }
 
 bool isSupported(const Bytes& bytes) {
@@ -276,6 +274,37 @@ TEST(ExportSamples, ExportingTwiceGivesTheSameTwice) {
     EXPECT_EQ(exported(recording), once);
 }
 
+// Several threads take a piece of 512,000 frames each.
+TEST(ExportSamples, EveryFrameOfALongRecordingLandsInItsPlace) {
+    constexpr std::int32_t frames = 1'500'000;
+    Bytes source(std::size_t{frames} * 6);
+    for (std::int32_t k = 0; k < frames; ++k) {
+        const Bytes left = le24(4 * k);
+        std::copy(left.begin(), left.end(), source.begin() + std::ptrdiff_t{6} * k);
+    }
+    Export recording = opened(test::recording(source, {}, plain));
+    const Bytes samples = exported(recording, false);
+    ASSERT_EQ(samples.size(), std::size_t{frames} * 8);
+    for (std::int32_t k = 0; k < frames; ++k) {
+        float left = 0;
+        std::memcpy(&left, samples.data() + std::ptrdiff_t{8} * k, sizeof left);
+        ASSERT_EQ(left, static_cast<float>(k) * 0x1p-21F) << k;
+    }
+}
+
+TEST(ExportSamples, ThePeakIsFoundInEveryPiece) {
+    for (const std::size_t at : {0U, 511'999U, 512'000U, 1'499'999U}) {
+        Bytes source(std::size_t{1'500'000} * 6);
+        source[6 * at + 5] = 0x20; // a quarter of full scale on the right
+        Export recording = opened(test::recording(source, {}, plain));
+        const Bytes samples = exported(recording, true, true);
+        EXPECT_EQ(Bytes(samples.begin() + static_cast<std::ptrdiff_t>(6 * at + 3),
+                        samples.begin() + static_cast<std::ptrdiff_t>(6 * at + 6)),
+                  pcm24({0x7FFFFF}))
+            << at;
+    }
+}
+
 TEST(ExportSamples, TheReadingPositionDoesNotMatter) {
     Export recording = opened(test::recording(pcm24({1 << 20, 1 << 20}), {}, plain));
     float left = 0;
@@ -310,12 +339,23 @@ TEST(ExportProgress, EndsWithAllFramesOfAllPasses) {
         seen.push_back(done);
     });
     exported(recording, true, false);
-    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-    EXPECT_EQ(seen.size(), 3U); // every 1,024,000 frames
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end(), std::less_equal<>())); // only news
     EXPECT_EQ(seen.back(), frames);
     seen.clear();
     exported(recording, true, true);
     EXPECT_EQ(seen.back(), 2 * frames);
+}
+
+TEST(ExportProgress, IsReportedOnTheExportingThread) {
+    Export recording = opened(test::recording(zeros(std::size_t{2'500'000} * 6)));
+    const std::thread::id exporting = std::this_thread::get_id();
+    int reports = 0;
+    recording.setProgress([&](std::uint64_t, std::uint64_t) {
+        EXPECT_EQ(std::this_thread::get_id(), exporting);
+        ++reports;
+    });
+    exported(recording);
+    EXPECT_GT(reports, 0);
 }
 
 TEST(ExportLife, CleanUpEndsTheRecording) {
@@ -326,6 +366,25 @@ TEST(ExportLife, CleanUpEndsTheRecording) {
     EXPECT_FALSE(recording.IsFileValid());
     EXPECT_EQ(shared->raw().length(), 0U);
     EXPECT_EQ(recording.buildBextInfo().Originator, "");
+}
+
+TEST(ExportLife, TheRecordingItselfIsNeverWritten) {
+    const TemporaryFolder folder;
+    const Bytes original = test::recording(zeros(12));
+    Export recording(folder.file("take.wav", original));
+    std::filesystem::create_hard_link(folder / "take.wav", folder / "other.wav");
+    EXPECT_FALSE(recording.export2File(folder / "other.wav", true, false));
+    EXPECT_EQ(contentsOf(folder / "take.wav"), original);
+}
+
+TEST(ExportLife, AnExportMayBeKeptFromOverwriting) {
+    const TemporaryFolder folder;
+    Export recording(folder.file("take.wav", test::recording(zeros(12))));
+    const auto there = folder.file("there.wav", text("something"));
+    recording.setMayOverwrite(false);
+    EXPECT_FALSE(recording.export2File(there, true, false));
+    EXPECT_EQ(contentsOf(there), text("something"));
+    EXPECT_TRUE(recording.export2File(folder / "new.wav", true, false));
 }
 
 TEST(ExportLife, TheReaderOutlivesTheRecordingForWhoSharesIt) {

@@ -44,6 +44,17 @@ TEST(OutputBuffer, RunningOutOfMemoryChangesNothing) {
     EXPECT_EQ(buffer.bytes()[0], 42);
 }
 
+TEST(OutputBuffer, SizesThatWrapAreRefused) {
+    OutputBuffer buffer;
+    buffer.extend(1);
+    EXPECT_EQ(buffer.extend(std::numeric_limits<std::size_t>::max()), nullptr);
+    EXPECT_EQ(buffer.size(), 1U);
+}
+
+TEST(OutputBuffer, NothingIsNoFailure) {
+    EXPECT_NE(OutputBuffer().extend(0), nullptr);
+}
+
 TEST(OutputBuffer, ClearLeavesItUsable) {
     OutputBuffer buffer;
     buffer.extend(10);

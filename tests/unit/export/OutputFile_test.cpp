@@ -51,6 +51,22 @@ TEST_F(OutputFileTest, WritesThroughALink) {
     EXPECT_EQ(contentsOf(folder / "a.WAV"), text("new"));
 }
 
+TEST_F(OutputFileTest, AFileThatMustNotBeTouchedIsNot) {
+    const auto path = folder.file("a.WAV", text("precious"));
+    std::filesystem::create_hard_link(path, folder / "b.WAV");
+    EXPECT_FALSE(writeWholeFile(folder / "b.WAV", text("x"), {.untouchable = path}));
+    EXPECT_EQ(contentsOf(path), text("precious"));
+    EXPECT_TRUE(writeWholeFile(folder / "c.WAV", text("x"), {.untouchable = path}));
+}
+
+TEST_F(OutputFileTest, OnlyANewFileIsWrittenWhereNothingMayBeOverwritten) {
+    const auto path = folder.file("a.WAV", text("there"));
+    EXPECT_FALSE(writeWholeFile(path, text("x"), {.untouchable = {}, .mayOverwrite = false}));
+    EXPECT_EQ(contentsOf(path), text("there"));
+    EXPECT_TRUE(
+        writeWholeFile(folder / "b.WAV", text("x"), {.untouchable = {}, .mayOverwrite = false}));
+}
+
 TEST_F(OutputFileTest, FailsInAMissingFolder) {
     EXPECT_FALSE(writeWholeFile(folder / "missing" / "a.WAV", text("x")));
 }

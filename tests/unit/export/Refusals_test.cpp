@@ -12,9 +12,7 @@ using namespace test;
 
 /// The first reason for which the bytes are no recording of the device.
 std::string refusal(const Bytes& bytes) {
-    auto* block = static_cast<std::uint8_t*>(std::malloc(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), block);
-    const Export recording("take.wav", WavArray(block, bytes.size()));
+    const Export recording("take.wav", WavArray::copyOf(bytes));
     const WaveFileReader& reader = *recording.reader();
     if (recording.IsFileValid()) {
         return "accepted";

@@ -40,6 +40,23 @@ TEST_F(FileDescriptorTest, APipeWithoutAnotherEndDoesNotHoldUp) {
     EXPECT_FALSE(FileDescriptor(folder / "pipe", O_WRONLY).isOpen());
 }
 
+TEST_F(FileDescriptorTest, KnowsItselfUnderEveryName) {
+    const auto path = folder.file("a", {});
+    std::filesystem::create_hard_link(path, folder / "b");
+    const FileDescriptor file(path, O_RDONLY);
+    EXPECT_TRUE(file.isFileAt(folder / "b"));
+    EXPECT_FALSE(file.isFileAt(folder.file("c", {})));
+    EXPECT_FALSE(file.isFileAt(folder / "missing"));
+    EXPECT_FALSE(file.isFileAt(""));
+}
+
+TEST_F(FileDescriptorTest, TellsWhatElseIsThere) {
+    EXPECT_TRUE(isOtherThanRegular(folder.path()));
+    EXPECT_TRUE(isOtherThanRegular("/dev/null"));
+    EXPECT_FALSE(isOtherThanRegular(folder.file("a", {})));
+    EXPECT_FALSE(isOtherThanRegular(folder / "missing"));
+}
+
 TEST_F(FileDescriptorTest, IsNotInherited) {
     const FileDescriptor file(folder.file("a", {}), O_RDONLY);
     EXPECT_EQ(fcntl(file.number(), F_GETFD), FD_CLOEXEC);

@@ -19,11 +19,14 @@ using test::GuardedMemory;
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
 
+std::vector<const SampleKernels*> wideImplementations() {
+    const SampleKernels* wide = SampleKernels::avx2();
+    return wide != nullptr ? std::vector{wide} : std::vector<const SampleKernels*>();
+}
+
 std::vector<const SampleKernels*> implementations() {
-    std::vector<const SampleKernels*> all{&SampleKernels::portable()};
-    if (SampleKernels::avx2() != nullptr) {
-        all.push_back(SampleKernels::avx2());
-    }
+    std::vector<const SampleKernels*> all = wideImplementations();
+    all.push_back(&SampleKernels::portable());
     return all;
 }
 
@@ -244,6 +247,26 @@ TEST_P(SampleKernelsTest, PeaksIgnoreNotANumberAndKeepInfinity) {
     }
 }
 
+// A comparison with NaN must not throw away what was found before it in the same place of a vector.
+TEST_P(SampleKernelsTest, NotANumberLeavesTheFoundPeak) {
+    for (std::size_t place = 0; place < 20; ++place) {
+        std::vector<float> pairs(120, 0.125F);
+        pairs[2 * place] = 0.75F;
+        pairs[2 * (place + 20)] = nan;
+        float left = 0.0F;
+        float right = 0.0F;
+        kernels().raisePeaks(pairs.data(), 60, &left, &right);
+        ASSERT_EQ(left, 0.75F) << place;
+    }
+}
+
+/// The implementations that are held against the plain one.
+class WideKernelsTest : public SampleKernelsTest {};
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(WideKernelsTest);
+
+INSTANTIATE_TEST_SUITE_P(All, WideKernelsTest, testing::ValuesIn(wideImplementations()),
+                         [](const auto& test) { return test.param->name; });
+
 /// Random bits as floats: denormals, infinities and NaN among them. Where both samples of a pair
 /// are NaN the payload of their sum is the processor's choice, so a pair has one at the most.
 std::vector<float> randomBits(std::size_t count) {
@@ -267,7 +290,7 @@ std::vector<std::uint32_t> bitsOf(const std::vector<float>& values) {
     return bits;
 }
 
-TEST_P(SampleKernelsTest, DecodesAnyBitsLikeThePlainOne) {
+TEST_P(WideKernelsTest, DecodesAnyBitsLikeThePlainOne) {
     std::vector<float> values = randomBits(2 * 100003);
     std::vector<float> plain = values;
     kernels().decodeMidSide(values.data(), values.size() / 2, 1.9952623F);
@@ -275,7 +298,7 @@ TEST_P(SampleKernelsTest, DecodesAnyBitsLikeThePlainOne) {
     EXPECT_EQ(bitsOf(values), bitsOf(plain));
 }
 
-TEST_P(SampleKernelsTest, DividesAnyBitsLikeThePlainOne) {
+TEST_P(WideKernelsTest, DividesAnyBitsLikeThePlainOne) {
     std::vector<float> values = randomBits(2 * 100003);
     std::vector<float> plain = values;
     kernels().divide(values.data(), values.size() / 2, 0.7F, 63.1F);
@@ -283,9 +306,19 @@ TEST_P(SampleKernelsTest, DividesAnyBitsLikeThePlainOne) {
     EXPECT_EQ(bitsOf(values), bitsOf(plain));
 }
 
-TEST(SampleKernels, TheActiveOneIsAmongThem) {
-    const auto all = implementations();
-    EXPECT_NE(std::find(all.begin(), all.end(), &SampleKernels::active()), all.end());
+TEST(SampleKernels, TheFastestOneIsActive) {
+    EXPECT_EQ(&SampleKernels::active(), implementations().front());
+}
+
+// The choice is made once in a process, so this takes a new one.
+TEST(SampleKernelsDeathTest, ThePlainOneCanBeForced) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            setenv("H8_KERNELS", "portable", 1);
+            std::_Exit(&SampleKernels::active() == &SampleKernels::portable() ? 7 : 8);
+        },
+        testing::ExitedWithCode(7), "");
 }
 
 } // namespace

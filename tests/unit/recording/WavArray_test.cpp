@@ -1,6 +1,7 @@
 #include "recording/WavArray.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace deckmate {
 namespace {
@@ -41,6 +42,15 @@ TEST(WavArray, GrowsInPlaceByReallocAndSetBytes) {
     array.setBytes(static_cast<float*>(std::realloc(array.bytes(), 8 * sizeof(float))));
     EXPECT_EQ(array.length(), 8U);
     EXPECT_EQ(array.bytes()[3], 0.5F);
+}
+
+TEST(WavArray, CopiesElementsIntoABlockOfItsOwn) {
+    const std::vector<float> elements{0.5F, 0.25F};
+    const WavArrayFloat32 array = WavArrayFloat32::copyOf(elements);
+    ASSERT_EQ(array.length(), 2U);
+    EXPECT_NE(array.bytes(), elements.data());
+    EXPECT_EQ(array.bytes()[1], 0.25F);
+    EXPECT_EQ(WavArray::copyOf({}).bytes(), nullptr);
 }
 
 TEST(WavArray, MovingLeavesNothingBehind) {

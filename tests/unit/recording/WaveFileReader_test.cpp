@@ -199,6 +199,12 @@ TEST(WaveFileReaderWalk, RiffSizesThatWrapLimitTheWalkToTheFirstBytes) {
     }
 }
 
+TEST(WaveFileReaderWalk, OneWholeChunkHeaderIsTheLeastToWalk) {
+    const Bytes chunks = chunk("none", {}) + formatChunk() + chunk("data", zeros(12));
+    EXPECT_EQ(identifiers(*reading(riff(chunks, 11))), Names{}); // ends at 19
+    EXPECT_EQ(identifiers(*reading(riff(chunks, 12))), (Names{"none"}));
+}
+
 TEST(WaveFileReaderWalk, AnUnknownChunkBeyondTheFileEndsTheWalk) {
     const auto reader =
         reading(riff(formatChunk() + chunk("data", zeros(12)) + chunk("LIST", zeros(4), 5)));
@@ -337,6 +343,13 @@ TEST(WaveFileReaderFrames, OnlyFormatThreeIsFloat) {
               (Frames{{0x3F800000 * 0x1p-64F, 0x3F800000 * 0x1p-64F}}));
 }
 
+TEST(WaveFileReaderFrames, TheLastFormatDecidesWhetherItIsFloat) {
+    const auto reader =
+        reading(riff(formatChunk({.tag = 3, .bits = 32}) + formatChunk({.tag = 1, .bits = 32}) +
+                     chunk("data", floats({1.0F, 1.0F}))));
+    EXPECT_EQ(allFrames(*reader), (Frames{{0x3F800000 * 0x1p-64F, 0x3F800000 * 0x1p-64F}}));
+}
+
 TEST(WaveFileReaderFrames, MonoHasNoRightSample) {
     EXPECT_EQ(allFrames(*samples(pcm24({0x400000, -0x400000}), {.channels = 1})),
               (Frames{{0.5F, -2.0F}, {-0.5F, -2.0F}}));
@@ -421,6 +434,17 @@ TEST(WaveFileReaderFrames, BlocksEqualSingleFrames) {
         EXPECT_EQ(reader->frameCount(), singly.size());
         EXPECT_TRUE(reader->isFinishReadSample());
     }
+}
+
+TEST(WaveFileReaderFrames, FramesAreReadFromAnywhereWithoutMoving) {
+    const auto reader = samples(pcm24({0, 1, 2, 3, 4, 5}));
+    const std::uint64_t position = reader->readDataIdx();
+    std::vector<float> pairs(6, 9.0F);
+    EXPECT_EQ(reader->readFramesFrom(1, pairs.data(), 3), 2U);
+    EXPECT_EQ(pairs, (std::vector<float>{0x2p-23F, 0x3p-23F, 0x4p-23F, 0x5p-23F, 9.0F, 9.0F}));
+    EXPECT_EQ(reader->readFramesFrom(3, pairs.data(), 3), 0U);
+    EXPECT_EQ(reader->readFramesFrom(~std::uint64_t{0}, pairs.data(), 3), 0U);
+    EXPECT_EQ(reader->readDataIdx(), position);
 }
 
 TEST(WaveFileReaderFrames, AFrameLentFromOutsideIsReadWithinItsBytes) {
