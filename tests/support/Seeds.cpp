@@ -45,7 +45,7 @@ void addAccepted(std::vector<Seed>& seeds) {
     add("65535-bits", recording(ramp(30), {.bits = 65535}));
     add("rate-0", recording(fewSamples, {.rate = 0}));
     add("rate-highest", recording(fewSamples, {.rate = 0xFFFFFFFF}));
-    add("two-blocks", recording(ramp(2561 * 6)));
+    add("two-blocks", recording(ramp(std::size_t{2561} * 6)));
     add("no-samples", recording({}));
     add("part-of-a-frame", recording(ramp(5)));
     add("data-first", riff(chunk("data", fewSamples) + bext + format));

@@ -179,11 +179,11 @@ void putChunks(std::span<const ChunkInfo> chunks, std::FILE* stream) {
     const char* separator = "";
     put(stream, "\"chunks\":[");
     for (const ChunkInfo& chunk : chunks) {
-        std::fprintf(stream, "%s{\"id\":\"", separator);
+        std::fprintf(stream, R"(%s{"id":")", separator);
         for (int shift = 0; shift < 32; shift += 8) {
             putCharacter(chunk.chunkID >> shift & 0xFF, stream);
         }
-        std::fprintf(stream, "\",\"size\":%u,\"offset\":%u}", chunk.chunkSize, chunk.streamPos);
+        std::fprintf(stream, R"(","size":%u,"offset":%u})", chunk.chunkSize, chunk.streamPos);
         separator = ",";
     }
     put(stream, "]");
