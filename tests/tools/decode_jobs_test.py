@@ -6,7 +6,6 @@ import unittest
 
 from support import DecodeTest, decode, pcm24, recording
 
-JOBS = (1, 2, 8)
 # Frames enough that a short file behind it in line would overtake it.
 LONG = 1000000
 
@@ -23,10 +22,12 @@ def without_stamp(contents):
 class JobsTest(DecodeTest):
     """Runs the same files in the same folder anew for each number of jobs."""
 
+    JOBS = (1, 2, 8)
+
     def outcomes(self, prepare, *arguments):
         """For each number of jobs: exit status, lines on both streams, the folder's contents."""
         found = []
-        for jobs in JOBS:
+        for jobs in self.JOBS:
             folder = self.folder / "here"
             folder.mkdir()
             prepare(folder)
@@ -37,9 +38,13 @@ class JobsTest(DecodeTest):
             shutil.rmtree(folder)
         return found
 
+    def samples_of(self, contents, name):
+        """The first frame of an output."""
+        return contents[name][748 - 18:][:6]
+
     def assert_same(self, outcomes):
         first = outcomes[0]
-        for jobs, outcome in zip(JOBS[1:], outcomes[1:]):
+        for jobs, outcome in zip(self.JOBS[1:], outcomes[1:]):
             self.assertEqual(outcome[:3], first[:3], f"{jobs} jobs")
             self.assertEqual(list(outcome[3]), list(first[3]), f"{jobs} jobs")
             for name, contents in outcome[3].items():
@@ -90,9 +95,6 @@ class ManyFiles(JobsTest):
 
 class Chains(JobsTest):
     """Plain recordings lose a step of each sample at every decode, so that one sees how many."""
-
-    def samples_of(self, contents, name):
-        return contents[name][748 - 18:][:6]
 
     def test_target_of_one_file_is_the_source_of_the_next(self):
         def prepare(folder):
@@ -159,6 +161,29 @@ class Chains(JobsTest):
         outcome = self.assert_same(self.outcomes(prepare, "--force", "a.wav", "b.wav"))
         self.assertEqual((outcome[0], outcome[2]), (0, b""))
         self.assertEqual(self.samples_of(outcome[3], "b_Decode.WAV"), pcm24(998, 999))
+
+
+class EarlierReaders(JobsTest):
+    JOBS = (1, 2, 3, 4, 8)
+
+    def test_writer_waits_for_every_earlier_reader_of_its_target(self):
+        """The second file reads what the last one overwrites, but has itself to wait for the first,
+        a long one with the same target; the third reads it, too, and is done at once."""
+        def prepare(folder):
+            for name in ("1", "2", "3", "out"):
+                (folder / name).mkdir()
+            (folder / "1" / "A.wav").write_bytes(take(1, LONG))
+            (folder / "out" / "q_Decode.WAV").write_bytes(take(2))
+            os.symlink("../out/q_Decode.WAV", folder / "2" / "A.wav")
+            os.symlink("../out/q_Decode.WAV", folder / "3" / "b.wav")
+            (folder / "q.wav").write_bytes(take(3))
+
+        outcome = self.assert_same(self.outcomes(prepare, "--force", "--output-dir", "out",
+                                                 "1/A.wav", "2/A.wav", "3/b.wav", "q.wav"))
+        self.assertEqual((outcome[0], outcome[2]), (0, b""))
+        for name, samples in (("A", pcm24(1999, 2000)), ("b", pcm24(1999, 2000)),
+                              ("q", pcm24(2999, 3000))):
+            self.assertEqual(self.samples_of(outcome[3], f"out/{name}_Decode.WAV"), samples, name)
 
 
 class SharedTargets(JobsTest):

@@ -1,20 +1,16 @@
-"""Limits of the system: too little memory for a source, its output or anything; file sizes."""
+"""Limits of the system: too little memory for a source, its output or anything; file sizes; the
+number of open files."""
 
 import os
 import resource
 import unittest
 
-from support import DecodeTest, STEREO24, decode, recording
-
-MIB = 2 ** 20
-
-
-def limiting_memory_to(size):
-    return lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))
+from support import (DecodeTest, MIB, STEREO24, decode, limiting, limiting_memory_to, pcm24,
+                     recording)
 
 
 def limiting_files_to(size):
-    return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+    return limiting(resource.RLIMIT_FSIZE, size)
 
 
 class MemoryTest(DecodeTest):
@@ -91,6 +87,101 @@ class TooLittleMemory(MemoryTest):
                     target = self.folder / f"{k}_Decode.WAV"
                     self.assert_decoded(target, self.source)
                     target.unlink()
+
+
+class ManyFilesAndLittleMemory(MemoryTest):
+    def links(self, take, count):
+        """Names of one file, so that many sources take no time to make."""
+        names = [f"{k}.wav" for k in range(count)]
+        for name in names:
+            os.link(take, self.folder / name)
+        return names
+
+    def least_memory_to_start(self):
+        for limit in range(1, 500):
+            memory = limiting_memory_to(limit * MIB)
+            if decode("--version", preexec_fn=memory).returncode == 0:
+                return limit
+        self.fail("500 MiB are too little to tell the version")
+
+    def assert_each_told_once(self, result, names):
+        """Done or failed for want of memory: each file has its one line, in the order given."""
+        failed = []
+        for line in result.stderr.decode().splitlines():
+            name, told, failure = line.partition(": ")
+            self.assertTrue(told, line)
+            self.assertIn(failure, ("File not supported.", "Fail to save."), line)
+            failed.append(name)
+        done = [name for name in names if name not in failed]
+        self.assertEqual(failed, [name for name in names if name in failed])
+        self.assertEqual(result.stdout.decode(), "".join(
+            f"{name} -> {name.removesuffix('.wav')}_Decode.WAV\n" for name in done))
+        self.assertEqual(result.returncode, 1 if failed else 0)
+
+    def assert_told_within(self, limits, jobs, names):
+        for limit in limits:
+            with self.subTest(jobs=jobs, limit=limit):
+                result = decode("--force", "--jobs", jobs, *names, cwd=self.folder,
+                                preexec_fn=limiting_memory_to(limit))
+                self.assert_each_told_once(result, names)
+
+    def test_limits_from_hardly_starting_to_enough(self):
+        names = self.links(self.small, 60)
+        first = self.least_memory_to_start() * MIB
+        for jobs in (8, 32):
+            self.assert_told_within(range(first, first + 200 * MIB, 8 * MIB), jobs, names)
+
+    def test_next_to_no_memory_left_for_one_more_thread(self):
+        """Within the size of a stack there is a limit at which the stacks leave nothing at all, not
+        even for the notes about the thread that can't be had."""
+        names = self.links(self.small, 60)
+        first = self.least_memory_to_start() * MIB
+        stack = 8 * MIB
+        for jobs in (8, 32):
+            self.assert_told_within(range(first, first + stack, 64 * 1024), jobs, names)
+
+    def test_sources_that_fit_only_a_few_at_a_time(self):
+        names = self.links(self.sparse("take.wav", 12 * MIB), 6)
+        first = self.least_memory_to_start() * MIB
+        for jobs in (3, 6):
+            self.assert_told_within(range(first, first + 150 * MIB, 10 * MIB), jobs, names)
+
+    def test_ample_for_one_file_is_enough_for_any_number_of_jobs(self):
+        """Not for all four at once, with their outputs and all that their threads hold back: what
+        fails for that is tried again alone."""
+        source = recording(pcm24(*range(1000, 1600)) * 10000)
+        names = self.links(self.write("take.wav", source), 4)
+        for jobs in (1, 4):
+            with self.subTest(jobs=jobs):
+                result = decode("--force", "--jobs", jobs, *names, cwd=self.folder,
+                                preexec_fn=limiting_memory_to(200 * MIB))
+                self.assert_done(result)
+                self.assert_each_told_once(result, names)
+        expected = (self.folder / "0_Decode.WAV").stat().st_size
+        self.assertEqual(expected, 748 + 600 * 10000 * 3)
+        for k in range(4):
+            self.assertEqual((self.folder / f"{k}_Decode.WAV").stat().st_size, expected)
+
+
+class FewOpenFiles(MemoryTest):
+    def test_more_jobs_than_files_may_be_open(self):
+        """Long enough that many of them are open at the same time."""
+        source = recording(STEREO24 * 100000)
+        takes = [self.write(f"{k}.wav", source) for k in range(30)]
+        self.assert_done(decode("--output", self.folder / "alone.wav", takes[0]))
+        alone = (self.folder / "alone.wav").read_bytes()
+        self.assertEqual(len(alone), 748 + len(STEREO24) * 100000)
+        for most in range(5, 9):
+            for jobs in (1, 30):
+                with self.subTest(most=most, jobs=jobs):
+                    self.assert_done(decode("--jobs", jobs, *takes,
+                                            preexec_fn=limiting(resource.RLIMIT_NOFILE, most)))
+                    for k in range(30):
+                        target = self.folder / f"{k}_Decode.WAV"
+                        output = target.read_bytes()
+                        # But for date and time.
+                        self.assert_bytes(output[:376] + output[394:], alone[:376] + alone[394:])
+                        target.unlink()
 
 
 class OutputBeyondFourGigabytes(MemoryTest):

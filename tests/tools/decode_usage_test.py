@@ -57,6 +57,15 @@ class WrongUsage(DecodeTest):
     def test_one_output_for_one_file_given_twice(self):
         self.assert_wrong("--output", "song.wav", self.take, self.take)
 
+    def test_output_that_names_no_file(self):
+        (self.folder / "mixes").mkdir()
+        for output in ("", "mixes/", "missing/", "/", "./", "mixes//"):
+            for options in (("--output", output), ("--output", output, "--force")):
+                with self.subTest(options=options):
+                    self.assert_wrong_usage(decode(*options, self.take, cwd=self.folder))
+        self.assertEqual(self.names(), ["mixes", "other.wav", "take.wav"])
+        self.assertEqual(self.names(self.folder / "mixes"), [])
+
     def test_output_and_output_folder(self):
         self.assert_wrong("--output", "song.wav", "--output-dir", ".", self.take)
 

@@ -7,6 +7,8 @@
 //                  them, with commas between, for the calls that follow
 //     FAIL_ALWAYS  if set, all calls after those fail in the last way
 //     FAIL_LOG     a file that gets a line for each call on FAIL_PATH: its kind, "!" if it failed
+//     MOVE_FROM    a file that is moved to FAIL_PATH right before this is first opened for writing,
+//                  which adds a line "moved" to the log
 //
 // Without FAIL_CALL the calls are only noted.
 #include <array>
@@ -112,10 +114,26 @@ ssize_t transferred(std::string_view call, int descriptor, std::size_t count, Tr
     return *how == "zero" ? 0 : failedWith(*how);
 }
 
+/// Lets the file change hands where the program can no longer look first.
+void moveOnce(const char* path) {
+    static std::atomic<bool> isMoved = false;
+    const std::string from(setting("MOVE_FROM"));
+    if (from.empty() || isMoved.exchange(true)) {
+        return;
+    }
+    if (syscall(SYS_renameat2, AT_FDCWD, from.c_str(), AT_FDCWD, path, 0) != 0) {
+        std::abort();
+    }
+    note("moved");
+}
+
 template <class Open>
-int opened(const char* path, Open open) {
+int opened(const char* path, int flags, Open open) {
     const bool isOurs = setting("FAIL_PATH") == path;
     if (isOurs) {
+        if ((flags & O_ACCMODE) != O_RDONLY) {
+            moveOnce(path);
+        }
         if (const auto how = failure("open")) {
             return failedWith(*how);
         }
@@ -145,7 +163,8 @@ int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = modeIn(arguments, flags);
     va_end(arguments);
-    return opened(path, [&] { return original<decltype(::open)>("open")(path, flags, mode); });
+    return opened(path, flags,
+                  [&] { return original<decltype(::open)>("open")(path, flags, mode); });
 }
 
 int open64(const char* path, int flags, ...) {
@@ -153,7 +172,8 @@ int open64(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = modeIn(arguments, flags);
     va_end(arguments);
-    return opened(path, [&] { return original<decltype(::open64)>("open64")(path, flags, mode); });
+    return opened(path, flags,
+                  [&] { return original<decltype(::open64)>("open64")(path, flags, mode); });
 }
 
 int openat(int folder, const char* path, int flags, ...) {
@@ -161,8 +181,9 @@ int openat(int folder, const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = modeIn(arguments, flags);
     va_end(arguments);
-    return opened(
-        path, [&] { return original<decltype(::openat)>("openat")(folder, path, flags, mode); });
+    return opened(path, flags, [&] {
+        return original<decltype(::openat)>("openat")(folder, path, flags, mode);
+    });
 }
 
 int openat64(int folder, const char* path, int flags, ...) {
@@ -170,13 +191,14 @@ int openat64(int folder, const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = modeIn(arguments, flags);
     va_end(arguments);
-    return opened(path, [&] {
+    return opened(path, flags, [&] {
         return original<decltype(::openat64)>("openat64")(folder, path, flags, mode);
     });
 }
 
 int creat(const char* path, mode_t mode) {
-    return opened(path, [&] { return original<decltype(::creat)>("creat")(path, mode); });
+    return opened(path, O_WRONLY | O_CREAT | O_TRUNC,
+                  [&] { return original<decltype(::creat)>("creat")(path, mode); });
 }
 
 ssize_t read(int descriptor, void* bytes, size_t count) {

@@ -2,6 +2,7 @@
 
 import ctypes
 import os
+import resource
 import shutil
 import struct
 import subprocess
@@ -16,6 +17,8 @@ SAMPLE = os.environ["H8_SAMPLE"]
 
 # A guard against programs that hang, far beyond what any run takes.
 PATIENCE = 60
+
+MIB = 2 ** 20
 
 RAW_HISTORY = b"A=PCM,F=48000,W=24,M=stereo,T=H8;VERSION=1.00;MSRAW=ON;"
 PLAIN_HISTORY = b"A=PCM,F=48000,W=24,M=stereo,T=H8;VERSION=1.00;MSRAW=OFF;"
@@ -57,6 +60,15 @@ def respect_permissions():
     for capability in (ignore_permissions, ignore_read_permissions):
         if library.prctl(drop_from_bounding_set, capability, 0, 0, 0) != 0:
             raise OSError(ctypes.get_errno(), "prctl")
+
+
+def limiting(what, size):
+    """For preexec_fn: a limit of the system's, such as resource.RLIMIT_AS."""
+    return lambda: resource.setrlimit(what, (size, size))
+
+
+def limiting_memory_to(size):
+    return limiting(resource.RLIMIT_AS, size)
 
 
 def chunk(identifier, body, size=None):

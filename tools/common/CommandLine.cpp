@@ -48,6 +48,16 @@ bool isInBrackets(std::string_view argument) {
     return argument.starts_with('[') && argument.ends_with(']');
 }
 
+/// The argument, or the value in an argument like --option=value, with a mark if it is in brackets.
+std::string marked(std::string argument, bool isValue) {
+    const bool isOption = !isValue && argument.starts_with("--");
+    const std::size_t start = isOption ? argument.find('=') + 1 : 0; // the whole without '='
+    if (isInBrackets(std::string_view(argument).substr(start))) {
+        argument.insert(start, 1, mark);
+    }
+    return argument;
+}
+
 /// Names an option and its value, and leaves what it excludes to the manual.
 class PlainFormatter : public CLI::Formatter {
 public:
@@ -67,11 +77,13 @@ CommandLine::CommandLine(const std::string& name, const std::string& description
 }
 
 std::optional<int> CommandLine::run(int argc, char** argv) {
-    std::vector<std::string> arguments; // in reverse, as the parser wants them
-    for (int i = argc - 1; i > 0; --i) {
-        const bool isMarked = isInBrackets(argv[i]);
-        arguments.push_back(isMarked ? mark + std::string(argv[i]) : argv[i]);
+    std::vector<std::string> arguments;
+    bool isValue = false; // behind "--" even what looks like an option is none
+    for (int i = 1; i < argc; ++i) {
+        arguments.push_back(marked(argv[i], isValue));
+        isValue = isValue || arguments.back() == "--";
     }
+    std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
     try {
         parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
