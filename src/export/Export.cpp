@@ -66,6 +66,9 @@ private:
         while (first < end) {
             const std::size_t wanted = std::min<std::uint64_t>(blockFrames, end - first);
             const std::size_t frames = reader_.readFramesFrom(first, block.data(), wanted);
+            if (frames == 0) {
+                return; // the reader was changed meanwhile, against its contract
+            }
             if (reader_.isBoMSFormat()) {
                 WaveFileReader::COM_MSDecode(0, block.data(), 2 * frames, angle_);
             }
