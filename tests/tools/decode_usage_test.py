@@ -57,6 +57,17 @@ class WrongUsage(DecodeTest):
     def test_one_output_for_one_file_given_twice(self):
         self.assert_wrong("--output", "song.wav", self.take, self.take)
 
+    # Nothing behind the sign is an empty value; the file that follows is a source and no target.
+    def test_empty_value_behind_an_equals_sign(self):
+        before = self.take.read_bytes()
+        for option in ("--output=", "--output-dir=", "--angle=", "--gain=", "--format=", "--jobs="):
+            with self.subTest(option=option):
+                self.assert_wrong("--force", option, self.take, self.other)
+        self.assertEqual(self.take.read_bytes(), before)
+
+    def test_empty_output_folder(self):
+        self.assert_wrong("--output-dir", "", self.take)
+
     def test_output_that_names_no_file(self):
         (self.folder / "mixes").mkdir()
         for output in ("", "mixes/", "missing/", "/", "./", "mixes//"):

@@ -82,6 +82,11 @@ std::optional<int> CommandLine::run(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         arguments.push_back(marked(argv[i], isValue));
         isValue = isValue || arguments.back() == "--";
+        // The parser would take the next argument for the value of "--option=".
+        if (!isValue && arguments.back().starts_with("--") && arguments.back().ends_with('=')) {
+            arguments.back().pop_back();
+            arguments.emplace_back();
+        }
     }
     std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
     try {

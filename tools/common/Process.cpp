@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 namespace deckmate::tools {
@@ -14,6 +15,11 @@ namespace deckmate::tools {
 namespace {
 
 void prepareProcess() {
+    // Large blocks go back to the system at once, and threads keep no memory to themselves: what is
+    // decoded beside others has as much of it as what is decoded alone.
+    constexpr int smallestMapping = 128 * 1024;
+    mallopt(M_MMAP_THRESHOLD, smallestMapping);
+    mallopt(M_ARENA_MAX, 1);
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {

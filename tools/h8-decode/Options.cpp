@@ -79,7 +79,12 @@ std::variant<Options, int> parseOptions(int argc, char** argv) {
                        ->type_name("PATH");
     decoding(line.add_option_function<std::string>(
                  "--output-dir",
-                 [&](const std::string& text) { options.outputDir = CommandLine::asGiven(text); },
+                 [&](const std::string& text) {
+                     options.outputDir = CommandLine::asGiven(text);
+                     if (options.outputDir->empty()) {
+                         throw CLI::ValidationError("--output-dir", "names no folder");
+                     }
+                 },
                  "The folder to write to (default: beside each source)"))
         ->type_name("DIR")
         ->excludes(output);
