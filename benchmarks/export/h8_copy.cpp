@@ -2,8 +2,12 @@
 // decoding.
 #include "export/BwfWriter.h"
 #include "export/Export.h"
+#include "recording/Parallel.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <vector>
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -18,11 +22,26 @@ int main(int argc, char** argv) {
     const deckmate::WaveHeader header = reader.header();
     const deckmate::BextChunkInfo bext = recording.buildBextInfo();
     deckmate::BwfWriter writer(&reader, bext, true);
-    const auto size = static_cast<std::uint32_t>(reader.frameCount() * header.BlockAlign);
-    if (!writer.reserveSamples(size)) {
+    const std::uint64_t size = reader.frameCount() * header.BlockAlign;
+    writer.setTarget(argv[2], {});
+    if (!writer.expectSamples(size)) {
         return 1;
     }
-    writer.Write(reader.raw().bytes() + header.dataChunkPosition, size);
+    constexpr std::uint64_t pieceSize = std::uint64_t{200} * 2560 * 6;
+    const std::size_t threads = deckmate::usefulThreads();
+    const auto sizeOf = [&](std::size_t piece) {
+        return static_cast<std::uint32_t>(std::min(pieceSize, size - piece * pieceSize));
+    };
+    std::vector<std::vector<std::uint8_t>> pieces(threads, std::vector<std::uint8_t>(pieceSize));
+    const std::uint8_t* samples = reader.raw().bytes() + header.dataChunkPosition;
+    deckmate::inParallelAndInOrder(
+        threads, (size + pieceSize - 1) / pieceSize,
+        [&](std::size_t piece, std::size_t slot) {
+            std::memcpy(pieces[slot].data(), samples + piece * pieceSize, sizeOf(piece));
+        },
+        [&](std::size_t piece, std::size_t slot) {
+            writer.Write(pieces[slot].data(), sizeOf(piece));
+        });
     writer.FixUpChunkSizes();
     return writer.Save2File(argv[2]) ? 0 : 1;
 }

@@ -12,8 +12,6 @@ namespace deckmate {
 
 namespace {
 
-// Enough for the fixed part of most of the header; the rest is added with the samples.
-constexpr std::uint64_t spareCapacity = 500;
 // The space that a 64-bit size table would take (EBU Tech 3306); this program writes none.
 constexpr std::uint32_t junkSize = 28;
 constexpr std::uint32_t formatSize = 18;
@@ -32,11 +30,6 @@ std::string_view asAscii(std::string_view text) {
 
 BwfWriter::BwfWriter(const WaveFileReader* reader, const BextChunkInfo& bext, bool is24bit) {
     const WaveHeader source = reader != nullptr ? reader->header() : WaveHeader();
-    const std::uint64_t loaded = reader != nullptr ? reader->raw().length() : 0;
-    // A `data` chunk may claim more than the file holds.
-    isComplete_ =
-        data_.reserve(spareCapacity + std::min<std::uint64_t>(source.dataChunkLength, loaded));
-
     appendInteger(source.ChunkID);
     appendInteger(std::uint32_t{0});
     appendInteger(source.Format);
@@ -80,43 +73,76 @@ BwfWriter::BwfWriter(const WaveFileReader* reader, const BextChunkInfo& bext, bo
 
 bool BwfWriter::holds(std::uint64_t count) const {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
-    return count <= largest && data_.size() + count - uncountedByRiffSize <= largest;
+    return count <= largest - dataLength_ &&
+           headerSize() + dataLength_ + count - uncountedByRiffSize <= largest;
 }
 
-bool BwfWriter::reserveSamples(std::uint64_t count) {
-    isComplete_ = isComplete_ && holds(count) && data_.reserve(data_.size() + count);
+std::uint64_t BwfWriter::headerSize() const {
+    return std::uint64_t{dataChunkSizePosition_} + sizeof dataLength_;
+}
+
+void BwfWriter::setTarget(const std::filesystem::path& path, const WriteRules& rules) {
+    target_ = std::make_unique<Target>();
+    target_->path = path;
+    target_->rules = rules;
+}
+
+bool BwfWriter::expectSamples(std::uint64_t count) {
+    isComplete_ =
+        isComplete_ && holds(count) && (target_ != nullptr || data_.reserve(data_.size() + count));
+    expected_ = count;
     return isComplete_;
 }
 
 void BwfWriter::Write(const void* bytes, std::uint32_t count) {
-    std::uint8_t* room = appendSamples(count);
-    if (room != nullptr && count > 0) {
-        std::memcpy(room, bytes, count);
+    isComplete_ = isComplete_ && holds(count);
+    if (!isComplete_ || count == 0) {
+        return;
     }
+    if (target_ != nullptr) {
+        writeToTarget({static_cast<const std::uint8_t*>(bytes), count});
+    } else {
+        append(bytes, count);
+    }
+    dataLength_ += isComplete_ ? count : 0;
 }
 
-std::uint8_t* BwfWriter::appendSamples(std::uint32_t count) {
-    std::uint8_t* room = isComplete_ && holds(count) ? data_.extend(count) : nullptr;
-    if (room == nullptr) {
-        isComplete_ = false;
-        return nullptr;
+void BwfWriter::writeToTarget(std::span<const std::uint8_t> samples) {
+    if (!target_->file) {
+        target_->file.emplace(target_->path, target_->rules);
+        target_->file->expectSize(headerSize() + expected_);
+        target_->file->append(data_.bytes());
     }
-    dataLength_ += count;
-    return room;
+    target_->file->append(samples);
+    isComplete_ = target_->file->isGood();
 }
 
 void BwfWriter::FixUpChunkSizes() {
     if (!isComplete_) {
         return;
     }
-    const auto riffSize = static_cast<std::uint32_t>(data_.size() - uncountedByRiffSize);
+    const auto riffSize =
+        static_cast<std::uint32_t>(headerSize() + dataLength_ - uncountedByRiffSize);
     std::uint8_t* file = data_.bytes().data();
     std::memcpy(file + riffSizePosition, &riffSize, sizeof riffSize);
     std::memcpy(file + dataChunkSizePosition_, &dataLength_, sizeof dataLength_);
 }
 
-bool BwfWriter::Save2File(const std::filesystem::path& path, const WriteRules& rules) const {
-    return isComplete_ && writeWholeFile(path, data_.bytes(), rules);
+bool BwfWriter::Save2File(const std::filesystem::path& path, const WriteRules& rules) {
+    if (!isComplete_) {
+        return false;
+    }
+    if (target_ == nullptr || !target_->file) {
+        return writeWholeFile(path, data_.bytes(), rules);
+    }
+    target_->file->rewriteStart(data_.bytes());
+    return target_->file->close();
+}
+
+void BwfWriter::dispose() {
+    data_.clear();
+    target_.reset();
+    isComplete_ = false;
 }
 
 std::uint32_t BwfWriter::stringToInt32(std::string_view text) {

@@ -1,4 +1,4 @@
-// Lays out a Broadcast Wave file in memory and saves it.
+// Lays out a Broadcast Wave file and saves it.
 #pragma once
 
 #include "export/BextChunkInfo.h"
@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -23,6 +25,9 @@ namespace deckmate {
 ///     writer.FixUpChunkSizes();
 ///     const bool isSaved = writer.Save2File(path);
 ///
+/// The file is kept in memory until it is saved. With a target set beforehand, samples go there as
+/// they come: writing overlaps with the making of the samples, and they take no memory.
+///
 /// For one thread at a time.
 class BwfWriter {
 public:
@@ -31,23 +36,20 @@ public:
     /// float.
     BwfWriter(const WaveFileReader* reader, const BextChunkInfo& bext, bool is24bit);
 
-    /// Makes room for `count` bytes of samples at once. NO when the file could not hold them.
-    bool reserveSamples(std::uint64_t count);
+    /// Samples to come are written to the file at `path`, which is opened for the first of them.
+    void setTarget(const std::filesystem::path& path, const WriteRules& rules);
+    /// Says how many bytes of samples will come. NO when the file could not hold them.
+    bool expectSamples(std::uint64_t count);
     void Write(const void* bytes, std::uint32_t count);
-    /// Appends `count` bytes for the caller to fill, as if written; null when they were not taken.
-    /// Valid until more is written.
-    std::uint8_t* appendSamples(std::uint32_t count);
     /// Patches the RIFF and the `data` size. To be called once all samples are written.
     void FixUpChunkSizes();
-    /// Writes the file in place; whether all of it was written.
-    bool Save2File(const std::filesystem::path& path, const WriteRules& rules = {}) const;
+    /// Writes what has not been written yet, in place; whether all of the file was written. With a
+    /// target, `path` and the rules are those of the target.
+    bool Save2File(const std::filesystem::path& path, const WriteRules& rules = {});
     /// Frees the file; nothing can be written or saved afterwards.
-    void dispose() {
-        data_.clear();
-        isComplete_ = false;
-    }
+    void dispose();
 
-    /// The file so far.
+    /// The file so far, without the samples that went to a target.
     std::span<const std::uint8_t> data() const { return data_.bytes(); }
     /// Bytes of samples so far.
     std::uint32_t dataLength() const { return dataLength_; }
@@ -58,13 +60,24 @@ public:
 
 private:
     bool holds(std::uint64_t count) const;
+    std::uint64_t headerSize() const;
+    void writeToTarget(std::span<const std::uint8_t> samples);
     void append(const void* bytes, std::size_t count);
     void appendText(std::string_view text, std::size_t width);
     void appendIdentifier(std::string_view identifier);
     template <class Integer>
     void appendInteger(Integer value);
 
+    /// Where samples go, and the file there once the first has come.
+    struct Target {
+        std::filesystem::path path;
+        WriteRules rules;
+        std::optional<OutputFile> file;
+    };
+
     OutputBuffer data_;
+    std::unique_ptr<Target> target_;
+    std::uint64_t expected_ = 0;
     std::uint32_t dataChunkSizePosition_ = 0;
     std::uint32_t dataLength_ = 0;
     bool isComplete_ = true;

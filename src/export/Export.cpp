@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -15,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 namespace deckmate {
 
@@ -23,7 +23,8 @@ namespace {
 constexpr std::string_view deviceOriginator = "ORLO H8";
 constexpr std::string_view rawMark = "MSRAW=ON";
 
-// A block stays in the first-level cache; a piece is what one thread takes at a time.
+// A block stays in the first-level cache. A piece is what one thread takes at a time and what is
+// written at once: large enough that threads seldom wait for each other.
 constexpr std::size_t blockFrames = 2560;
 constexpr std::uint64_t pieceFrames = 200 * blockFrames;
 
@@ -40,50 +41,62 @@ std::span<const std::uint8_t> contents(const WavArray& array) {
 /// Readings of all frames, piece by piece on several threads, decoded to left and right.
 class Export::Pass {
 public:
-    /// Frames from `first` on, free to be changed.
-    using Work = std::function<void(std::uint64_t first, std::span<float> pairs)>;
-
     Pass(const Export& recording, std::uint64_t readings)
         : recording_(recording), reader_(*recording.reader_),
           angle_(WaveFileReader::truncatedAngle(recording.angle_)), frames_(reader_.frameCount()),
           total_(readings * frames_) {}
 
-    /// Reads all frames once. `work` gets every block once, in no order, on any thread.
-    void read(const Work& work) {
-        inParallel((frames_ + pieceFrames - 1) / pieceFrames, [&](std::size_t piece) {
-            const std::uint64_t first = piece * pieceFrames;
-            const std::uint64_t end = std::min(first + pieceFrames, frames_);
-            readPiece(first, end, work);
-            done_ += end - first;
-            report();
-        });
+    /// How many slots there are: pieces that are worked on at the same time have different ones.
+    std::size_t slots() const { return slots_; }
+
+    /// Called on any thread with pairs of a block inside a piece, free to be changed, and with what
+    /// was read of the piece before, in frames.
+    using Work = std::function<void(std::size_t slot, std::size_t before, std::span<float> pairs)>;
+    /// Called on any thread with the frames that the piece in the slot holds, one piece at a time
+    /// and in order.
+    using Finish = std::function<void(std::size_t slot, std::size_t frames)>;
+
+    /// Reads all frames once. Neither `work` nor `finish` may throw.
+    void read(const Work& work, const Finish& finish) {
+        std::vector<std::size_t> held(slots_);
+        inParallelAndInOrder(
+            slots_, (frames_ + pieceFrames - 1) / pieceFrames,
+            [&](std::size_t piece, std::size_t slot) { held[slot] = readPiece(piece, slot, work); },
+            [&](std::size_t, std::size_t slot) {
+                finish(slot, held[slot]);
+                done_ += held[slot];
+                report();
+            });
         report();
     }
 
 private:
-    void readPiece(std::uint64_t first, std::uint64_t end, const Work& work) const {
+    std::size_t readPiece(std::size_t piece, std::size_t slot, const Work& work) const {
+        const std::uint64_t first = piece * pieceFrames;
+        const std::uint64_t count = std::min(pieceFrames, frames_ - first);
         std::array<float, 2 * blockFrames> block = {};
-        while (first < end) {
-            const std::size_t wanted = std::min<std::uint64_t>(blockFrames, end - first);
-            const std::size_t frames = reader_.readFramesFrom(first, block.data(), wanted);
+        std::size_t done = 0;
+        while (done < count) {
+            const std::size_t wanted = std::min<std::uint64_t>(blockFrames, count - done);
+            const std::size_t frames = reader_.readFramesFrom(first + done, block.data(), wanted);
             if (frames == 0) {
-                return; // the reader was changed meanwhile, against its contract
+                break; // the reader was changed meanwhile, against its contract
             }
             if (reader_.isBoMSFormat()) {
                 WaveFileReader::COM_MSDecode(0, block.data(), 2 * frames, angle_);
             }
-            work(first, std::span(block).first(2 * frames));
-            first += frames;
+            work(slot, done, std::span(block).first(2 * frames));
+            done += frames;
         }
+        return done;
     }
 
     /// Only on the exporting thread, where a window can be painted, and only news.
     void report() {
         if (recording_.progress_ && std::this_thread::get_id() == exporting_) {
-            const std::uint64_t done = done_;
-            if (done != reported_) {
-                reported_ = done;
-                recording_.progress_(done, total_);
+            if (done_ != reported_) {
+                reported_ = done_;
+                recording_.progress_(done_, total_);
             }
         }
     }
@@ -93,8 +106,9 @@ private:
     const int angle_;
     const std::uint64_t frames_;
     const std::uint64_t total_;
+    const std::size_t slots_ = usefulThreads();
     const std::thread::id exporting_ = std::this_thread::get_id();
-    std::atomic<std::uint64_t> done_ = 0;
+    std::uint64_t done_ = 0;
     std::uint64_t reported_ = 0;
 };
 
@@ -150,12 +164,13 @@ bool Export::export2File(const std::filesystem::path& path, bool Is24bit, bool I
 }
 
 bool Export::export2File(const std::filesystem::path& path) try {
+    const WriteRules rules = {.untouchable = filePath_, .mayOverwrite = mayOverwrite_};
     BextChunkInfo bext = buildBextInfo();
     BwfWriter writer(reader_.get(), bext, isExport24Bit_);
+    writer.setTarget(path, rules);
     editAndWriteSample(writer);
     writer.FixUpChunkSizes();
-    const bool isSaved =
-        writer.Save2File(path, {.untouchable = filePath_, .mayOverwrite = mayOverwrite_});
+    const bool isSaved = writer.Save2File(path, rules);
     writer.dispose();
     bext.dispose();
     return isSaved;
@@ -164,39 +179,44 @@ bool Export::export2File(const std::filesystem::path& path) try {
 }
 
 void Export::editAndWriteSample(BwfWriter& writer) {
-    const std::uint64_t frames = reader_->frameCount();
-    const std::uint32_t sampleBytes = isExport24Bit_ ? 3 : 4;
+    const std::size_t frameBytes = 2 * (isExport24Bit_ ? 3 : 4);
     // Refused here rather than after minutes of decoding.
-    if (!writer.reserveSamples(frames * 2 * sampleBytes)) {
+    if (!writer.expectSamples(reader_->frameCount() * frameBytes)) {
         return;
     }
 
     Pass pass(*this, normalize_ ? 2 : 1);
+    std::vector<std::vector<std::uint8_t>> pieces(pass.slots());
+    for (std::vector<std::uint8_t>& piece : pieces) {
+        piece.resize(std::min(pieceFrames, reader_->frameCount()) * frameBytes);
+    }
     const double dB = normalize_ ? 20.0 * std::log10(static_cast<double>(peak(pass))) : -gain_;
-    std::uint8_t* room = writer.appendSamples(static_cast<std::uint32_t>(frames * 2 * sampleBytes));
-    pass.read([&](std::uint64_t first, std::span<float> pairs) {
-        WaveFileReader::COM_AdjustdB(0, pairs.data(), pairs.size(), dB, dB);
-        std::uint8_t* target = room + first * 2 * sampleBytes;
-        if (isExport24Bit_) {
-            SampleKernels::active().packPcm24(pairs.data(), target, pairs.size());
-        } else {
-            std::memcpy(target, pairs.data(), pairs.size_bytes());
-        }
-    });
+    pass.read(
+        [&](std::size_t slot, std::size_t before, std::span<float> pairs) {
+            WaveFileReader::COM_AdjustdB(0, pairs.data(), pairs.size(), dB, dB);
+            std::uint8_t* target = pieces[slot].data() + before * frameBytes;
+            if (isExport24Bit_) {
+                SampleKernels::active().packPcm24(pairs.data(), target, pairs.size());
+            } else {
+                std::memcpy(target, pairs.data(), pairs.size_bytes());
+            }
+        },
+        [&](std::size_t slot, std::size_t frames) {
+            writer.Write(pieces[slot].data(), static_cast<std::uint32_t>(frames * frameBytes));
+        });
 }
 
 float Export::peak(Pass& pass) {
-    std::atomic<float> peak = 0.0F;
-    pass.read([&](std::uint64_t, std::span<float> pairs) {
-        float left = 0.0F;
-        float right = 0.0F;
-        SampleKernels::active().raisePeaks(pairs.data(), pairs.size() / 2, &left, &right);
-        const float found = std::max(left, right);
-        float known = peak;
-        while (found > known && !peak.compare_exchange_weak(known, found)) {
-        }
-    });
-    return peak;
+    std::vector<float> peaks(pass.slots());
+    pass.read(
+        [&](std::size_t slot, std::size_t, std::span<float> pairs) {
+            float left = peaks[slot];
+            float right = peaks[slot];
+            SampleKernels::active().raisePeaks(pairs.data(), pairs.size() / 2, &left, &right);
+            peaks[slot] = std::max(left, right);
+        },
+        [](std::size_t, std::size_t) {});
+    return *std::max_element(peaks.begin(), peaks.end());
 }
 
 void Export::cleanUp() {

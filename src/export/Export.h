@@ -29,7 +29,8 @@ namespace deckmate {
 class Export {
 public:
     /// Frames done and frames to do, over all readings of an export; called on the exporting thread
-    /// up to some hundred times for an hour of sound, the last time with both equal.
+    /// up to some hundred times for an hour of sound, the last time with both equal. Must not
+    /// throw.
     using Progress = std::function<void(std::uint64_t done, std::uint64_t total)>;
 
     /// Reads the whole file; one that can't be read makes an invalid recording.
@@ -47,7 +48,7 @@ public:
     BextChunkInfo buildBextInfo() const;
     bool export2File(const std::filesystem::path& path, bool Is24bit, bool IsNormalize);
     /// With the format and normalisation set before. NO, with nothing written, also when 32-bit
-    /// sizes can't hold the output or memory runs out.
+    /// sizes can't hold the output or memory runs out. Writing overlaps with decoding.
     bool export2File(const std::filesystem::path& path);
     /// Decodes every frame into the writer, which takes nothing more where it can't hold them all.
     void editAndWriteSample(BwfWriter& writer);

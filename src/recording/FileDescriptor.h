@@ -20,6 +20,7 @@ bool isOtherThanRegular(const std::filesystem::path& path);
 /// Owns a descriptor. For one thread at a time.
 class FileDescriptor {
 public:
+    FileDescriptor() = default;
     /// Opens `path` as open(2) does. Programs started later don't inherit it; a pipe without
     /// another end, or a terminal, doesn't hold up the caller. Failure leaves errno set.
     explicit FileDescriptor(const std::filesystem::path& path, int flags, mode_t mode = 0);
@@ -35,7 +36,8 @@ public:
     std::optional<std::uint64_t> regularSize() const;
     /// Whether the path leads to this very file.
     bool isFileAt(const std::filesystem::path& path) const;
-    /// Whether all that was written has arrived, as far as the system says. Gone either way.
+    /// Whether all that was written has arrived, as far as the system says. Gone either way. NO if
+    /// nothing was open.
     bool close();
 
 private:

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -16,9 +18,13 @@ constexpr std::size_t mostThreads = 4;
 
 } // namespace
 
-void inParallel(std::size_t pieces, const std::function<void(std::size_t piece)>& work) {
+std::size_t usefulThreads() {
     const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
-    inParallel(std::min(cores, mostThreads), pieces, work);
+    return std::min(cores, mostThreads);
+}
+
+void inParallel(std::size_t pieces, const std::function<void(std::size_t piece)>& work) {
+    inParallel(usefulThreads(), pieces, work);
 }
 
 void inParallel(std::size_t threads, std::size_t pieces,
@@ -42,6 +48,24 @@ void inParallel(std::size_t threads, std::size_t pieces,
         // Nor memory for them.
     }
     takePieces();
+}
+
+void inParallelAndInOrder(std::size_t threads, std::size_t pieces,
+                          const std::function<void(std::size_t piece, std::size_t slot)>& work,
+                          const std::function<void(std::size_t piece, std::size_t slot)>& finish) {
+    std::mutex lock;
+    std::condition_variable someFinished;
+    std::size_t next = 0;
+    inParallel(threads, pieces, [&](std::size_t piece) {
+        // Begun and finished in order, the unfinished pieces follow each other, fewer than threads.
+        const std::size_t slot = piece % threads;
+        work(piece, slot);
+        std::unique_lock guard(lock);
+        someFinished.wait(guard, [&] { return next == piece; });
+        finish(piece, slot);
+        ++next;
+        someFinished.notify_all();
+    });
 }
 
 } // namespace deckmate

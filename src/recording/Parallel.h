@@ -16,4 +16,14 @@ void inParallel(std::size_t pieces, const std::function<void(std::size_t piece)>
 void inParallel(std::size_t threads, std::size_t pieces,
                 const std::function<void(std::size_t piece)>& work);
 
+/// How many threads moving bytes is worth on this machine.
+std::size_t usefulThreads();
+
+/// Calls `work` as above, and once it has returned `finish` for the same piece, for one piece at a
+/// time and in the order of the pieces. Pieces in hand at the same time have different slots, below
+/// `threads`: what a piece needs between the two can be kept by slot. Neither may throw.
+void inParallelAndInOrder(std::size_t threads, std::size_t pieces,
+                          const std::function<void(std::size_t piece, std::size_t slot)>& work,
+                          const std::function<void(std::size_t piece, std::size_t slot)>& finish);
+
 } // namespace deckmate

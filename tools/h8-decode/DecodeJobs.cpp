@@ -185,8 +185,7 @@ private:
         if (::stat(job.source.c_str(), &status) != 0) {
             return 0;
         }
-        // The source and its output, which is as large at 24 bit and up to twice that in floats.
-        return static_cast<std::uint64_t>(status.st_size) * (options_.choices.is24bit ? 2 : 3);
+        return static_cast<std::uint64_t>(status.st_size);
     }
 
     void waitForEarlier(const DecodeJob& job) {

@@ -177,6 +177,63 @@ TEST_F(BwfWriterTest, SavesTheFile) {
     EXPECT_EQ(contentsOf(folder / "a.WAV"), file(true, {}));
 }
 
+TEST_F(BwfWriterTest, SamplesForATargetAreThereBeforeTheFileIsSaved) {
+    const TemporaryFolder folder;
+    BwfWriter writer(reader.get(), bext, true);
+    writer.setTarget(folder / "a.WAV", {});
+    writer.Write("abc", 3);
+    writer.Write("defghi", 6);
+    EXPECT_EQ(writer.data().size(), 692U);
+    EXPECT_EQ(contentsOf(folder / "a.WAV").size(), 692U + 9);
+    writer.FixUpChunkSizes();
+    EXPECT_TRUE(writer.Save2File(folder / "a.WAV"));
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), file(true, text("abcdefghi")));
+}
+
+TEST_F(BwfWriterTest, ATargetIsWrittenWithoutSamplesToo) {
+    const TemporaryFolder folder;
+    BwfWriter writer(reader.get(), bext, true);
+    writer.setTarget(folder / "a.WAV", {});
+    EXPECT_TRUE(writer.expectSamples(0));
+    writer.Write("", 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.WAV"));
+    writer.FixUpChunkSizes();
+    EXPECT_TRUE(writer.Save2File(folder / "a.WAV"));
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), file(true, {}));
+}
+
+TEST_F(BwfWriterTest, ATargetThatCantBeWrittenTakesNoSamples) {
+    const TemporaryFolder folder;
+    BwfWriter writer(reader.get(), bext, true);
+    writer.setTarget(folder / "missing" / "a.WAV", {});
+    EXPECT_TRUE(writer.expectSamples(3));
+    writer.Write("abc", 3);
+    EXPECT_EQ(writer.dataLength(), 0U);
+    writer.FixUpChunkSizes();
+    EXPECT_FALSE(writer.Save2File(folder / "missing" / "a.WAV"));
+}
+
+TEST_F(BwfWriterTest, MoreThanATargetCouldHoldIsRefusedBeforeItIsOpened) {
+    const TemporaryFolder folder;
+    BwfWriter writer(reader.get(), bext, true);
+    writer.setTarget(folder.file("a.WAV", text("there")), {});
+    EXPECT_FALSE(writer.expectSamples(0xFFFFFFFF));
+    writer.Write("abc", 3);
+    EXPECT_FALSE(writer.Save2File(folder / "a.WAV"));
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), text("there"));
+}
+
+TEST_F(BwfWriterTest, FewerSamplesThanExpectedMakeAShorterFile) {
+    const TemporaryFolder folder;
+    BwfWriter writer(reader.get(), bext, true);
+    writer.setTarget(folder / "a.WAV", {});
+    EXPECT_TRUE(writer.expectSamples(1000));
+    writer.Write("abc", 3);
+    writer.FixUpChunkSizes();
+    EXPECT_TRUE(writer.Save2File(folder / "a.WAV"));
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), file(true, text("abc")));
+}
+
 TEST_F(BwfWriterTest, WhatCantBeSavedSaysSo) {
     const TemporaryFolder folder;
     BwfWriter writer(reader.get(), bext, true);
@@ -188,9 +245,9 @@ TEST_F(BwfWriterTest, SamplesBeyond32BitSizesAreRefused) {
     const TemporaryFolder folder;
     constexpr std::uint64_t headerBytes = 692;
     constexpr std::uint64_t largest = 0xFFFFFFFF - (headerBytes - 8);
-    EXPECT_TRUE(BwfWriter(reader.get(), bext, true).reserveSamples(largest));
+    EXPECT_TRUE(BwfWriter(reader.get(), bext, true).expectSamples(largest));
     BwfWriter writer(reader.get(), bext, true);
-    EXPECT_FALSE(writer.reserveSamples(largest + 1));
+    EXPECT_FALSE(writer.expectSamples(largest + 1));
     writer.FixUpChunkSizes();
     EXPECT_FALSE(writer.Save2File(folder / "a.WAV"));
     EXPECT_FALSE(std::filesystem::exists(folder / "a.WAV"));
@@ -198,8 +255,8 @@ TEST_F(BwfWriterTest, SamplesBeyond32BitSizesAreRefused) {
 
 TEST_F(BwfWriterTest, OnceBytesAreMissingNothingMoreIsTaken) {
     BwfWriter writer(reader.get(), bext, true);
-    EXPECT_FALSE(writer.reserveSamples(std::uint64_t{1} << 40));
-    EXPECT_EQ(writer.appendSamples(3), nullptr);
+    EXPECT_FALSE(writer.expectSamples(std::uint64_t{1} << 40));
+    writer.Write("abc", 3);
     EXPECT_EQ(writer.dataLength(), 0U);
 }
 

@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 
 #include <sys/resource.h>
@@ -57,6 +58,32 @@ TEST_F(OutputFileTest, AFileThatMustNotBeTouchedIsNot) {
     EXPECT_FALSE(writeWholeFile(folder / "b.WAV", text("x"), {.untouchable = path}));
     EXPECT_EQ(contentsOf(path), text("precious"));
     EXPECT_TRUE(writeWholeFile(folder / "c.WAV", text("x"), {.untouchable = path}));
+}
+
+TEST_F(OutputFileTest, AppendsAndRewritesTheStart) {
+    OutputFile file(folder.file("a.WAV", zeros(10)), {});
+    file.append(text("head"));
+    file.append(text("tail"));
+    file.rewriteStart(text("HE"));
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), text("HEadtail"));
+}
+
+TEST_F(OutputFileTest, AnExpectedSizeIsNotTheSize) {
+    OutputFile file(folder / "a.WAV", {});
+    file.expectSize(1000000);
+    file.append(text("short"));
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), text("short"));
+}
+
+// A volume that could never hold the file is told by the writes, not by the hint.
+TEST_F(OutputFileTest, AnImpossibleSizeIsStillOnlyExpected) {
+    OutputFile file(folder / "a.WAV", {});
+    file.expectSize(std::numeric_limits<std::int64_t>::max());
+    file.append(text("short"));
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), text("short"));
 }
 
 TEST_F(OutputFileTest, OnlyANewFileIsWrittenWhereNothingMayBeOverwritten) {
@@ -120,6 +147,16 @@ TEST_F(OutputFileTest, AFileSizeLimitIsAFailureAndNoSignal) {
     sigpending(&pending);
     EXPECT_EQ(sigismember(&pending, SIGXFSZ), 0);
     EXPECT_EQ(contentsOf(folder / "a.WAV"), zeros(1000)); // what was written stays
+}
+
+TEST_F(OutputFileTest, NothingIsWrittenBehindAFailure) {
+    const FileSizeLimit limit(1000);
+    OutputFile file(folder / "a.WAV", {});
+    file.append(zeros(1001));
+    EXPECT_FALSE(file.isGood());
+    file.rewriteStart(text("late"));
+    EXPECT_FALSE(file.close());
+    EXPECT_EQ(contentsOf(folder / "a.WAV"), zeros(1000));
 }
 
 TEST_F(OutputFileTest, ABlockedSignalStaysBlocked) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -27,6 +28,28 @@ TEST(Parallel, OneThreadIsTheCallingOne) {
         order.push_back(piece);
     });
     EXPECT_EQ(order, (std::vector<std::size_t>{0, 1, 2, 3}));
+}
+
+TEST(Parallel, PiecesAreFinishedInOrderWhateverTheyTake) {
+    constexpr std::size_t threads = 4;
+    constexpr std::size_t pieces = 1000;
+    std::vector<std::size_t> inSlot(threads);
+    std::vector<std::size_t> finished;
+    inParallelAndInOrder(
+        threads, pieces,
+        [&](std::size_t piece, std::size_t slot) {
+            for (std::size_t i = 0; i < piece * 7919 % 13; ++i) {
+                std::this_thread::yield();
+            }
+            inSlot.at(slot) = piece;
+        },
+        [&](std::size_t piece, std::size_t slot) {
+            EXPECT_EQ(inSlot.at(slot), piece); // nobody else had the slot in between
+            finished.push_back(piece);
+        });
+    std::vector<std::size_t> expected(pieces);
+    std::iota(expected.begin(), expected.end(), 0U);
+    EXPECT_EQ(finished, expected);
 }
 
 // Each piece waits for the other one to have begun.
