@@ -179,7 +179,7 @@ bool Export::export2File(const std::filesystem::path& path) try {
 }
 
 void Export::editAndWriteSample(BwfWriter& writer) {
-    const std::size_t frameBytes = 2 * (isExport24Bit_ ? 3 : 4);
+    const std::size_t frameBytes = isExport24Bit_ ? 6 : 8; // a left and a right sample
     // Refused here rather than after minutes of decoding.
     if (!writer.expectSamples(reader_->frameCount() * frameBytes)) {
         return;
