@@ -27,7 +27,8 @@ class VolumeTest(DecodeTest):
             stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def test_output_larger_than_the_volume(self):
-        result = self.decode_to_volume("size=64k", self.take, self.large)
+        # One after the other: who comes first has the room.
+        result = self.decode_to_volume("size=64k", "--jobs", "1", self.take, self.large)
         self.assert_failed(result, f"{self.large}: Fail to save.")
         self.assertEqual(self.names(self.folder / "seen"), ["large_Decode.WAV", "take_Decode.WAV"])
         self.assert_decoded(self.folder / "seen" / "take_Decode.WAV", self.source)
