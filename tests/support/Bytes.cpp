@@ -92,6 +92,11 @@ Bytes recording(const Bytes& samples, const Format& format, const BextTexts& tex
                 chunk("data", samples));
 }
 
+Bytes evenRecording(const Bytes& samples, const Format& format) {
+    return recording(samples, format,
+                     {.history = "A=PCM,F=48000,W=24,M=stereo,T=H8;VERSION=1.00;MSRAW=ON"});
+}
+
 std::uint32_t samplesAt(const BextTexts& texts) {
     return static_cast<std::uint32_t>(12 + 8 + 602 + texts.history.size() + 8 + 16 + 8);
 }

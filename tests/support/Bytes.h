@@ -53,6 +53,9 @@ Bytes riff(const Bytes& chunks, std::optional<std::uint32_t> declared = {});
 
 /// A whole recording: `bext`, `fmt ` and `data` chunk.
 Bytes recording(const Bytes& samples, const Format& format = {}, const BextTexts& texts = {});
+/// A recording that other readers open too: they expect chunks of odd sizes to be padded, and this
+/// one has none before the samples.
+Bytes evenRecording(const Bytes& samples, const Format& format = {});
 /// Where the samples of such a recording begin, given the history's length.
 std::uint32_t samplesAt(const BextTexts& texts = {});
 

@@ -1,0 +1,13 @@
+// Streams that nobody hears, for machines without a sound server.
+#pragma once
+
+#include "platform/OutputStream.h"
+
+#include <memory>
+
+namespace deckmate {
+
+/// Its streams take frames at the speed of the monotonic clock, in steps of about 10 ms.
+std::unique_ptr<OutputBackend> makeSilentBackend();
+
+} // namespace deckmate
