@@ -21,7 +21,7 @@ HOMES = {
 }
 
 # From the bottom up; a layer may include the ones before it.
-LAYERS = ["recording", "export", "platform", "services"]
+LAYERS = ["recording", "export", "platform", "services", "playback"]
 
 LONGEST_SOURCE = 600
 
