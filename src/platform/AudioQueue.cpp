@@ -134,6 +134,10 @@ struct AudioQueue::State : std::enable_shared_from_this<State> {
             return;
         }
         const BufferFeed::Endings endings = run->takeEndings();
+        if (endings.isDrained) {
+            // Whatever a server's clock says of the very last frames.
+            lastTime = static_cast<double>(run->framesHandedOver());
+        }
         if (endings.isDrained || endings.isFailed) {
             end();
         }

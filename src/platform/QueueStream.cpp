@@ -73,8 +73,10 @@ QueueStream::QueueStream(const OutputFormat& format, std::shared_ptr<BufferFeed>
 }
 
 QueueStream::~QueueStream() {
-    SoundSystem::current().run([shared = std::move(shared_)]() mutable {
-        shared->close();
+    // A task of its own lets go of the feed: one that hangs in the library may outlive the main
+    // loop.
+    SoundSystem::current().run([shared = shared_] { shared->close(); });
+    SoundSystem::current().run([shared = std::move(shared_)] {
         RunLoop::main().runLater([feed = std::move(shared->feed)]() mutable { feed.reset(); });
     });
 }

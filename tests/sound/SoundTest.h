@@ -1,0 +1,78 @@
+// A recording played on a real sound server, as the main window plays it.
+#pragma once
+
+#include "platform/SoundSystem.h"
+#include "platform/qt/QtRunLoop.h"
+#include "playback/WavePlayer.h"
+#include "services/EB.h"
+#include "sound/ExpectedSound.h"
+#include "sound/SoundServer.h"
+#include "support/LogLines.h"
+#include "support/TemporaryFolder.h"
+
+#include <chrono>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace deckmate::test {
+
+using namespace std::chrono_literals;
+
+/// Long enough for whatever is to happen; a test that gets there has failed.
+inline constexpr auto aWhile = 30s;
+
+class SoundTest : public testing::Test, public WavePlayerDelegate {
+protected:
+    SoundTest() {
+        EB::initData();
+        EB::SUBSCRIBE(this, &SoundTest::notify, "EB_PLAY_FINISH");
+    }
+    ~SoundTest() override {
+        NotificationCenter::defaultCenter().removeObserver(this);
+        player.reset();
+    }
+    SoundTest(const SoundTest&) = delete;
+    SoundTest& operator=(const SoundTest&) = delete;
+    SoundTest(SoundTest&&) = delete;
+    SoundTest& operator=(SoundTest&&) = delete;
+
+    void notify(const Notification& /*notification*/) {
+        ++finishes;
+        if (player) {
+            player->playFinish();
+        }
+    }
+    void WavePlayerStateChanged() override { states.push_back(player->play_state()); }
+    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
+
+    /// A server for the recording's rate, unless there is one, and the recording opened.
+    void open(const NoiseRecording& recording);
+    void open(const std::filesystem::path& path);
+    /// From the next buffer on.
+    void turn(int angle, int gain);
+    /// NO if it doesn't come true in a while.
+    bool wait(const std::function<bool()>& isDone) { return loop.runUntil(isDone, aWhile); }
+    void let(std::chrono::milliseconds pass) {
+        loop.runUntil([] { return false; }, pass);
+    }
+    /// Waits for so many frames that are no silence, and a little for more.
+    std::vector<float> heard(std::size_t frames);
+    bool hasFinished() const { return player->play_state() == PLAY_STATE_FINISH; }
+    void startServer(std::uint32_t rate);
+
+    TemporaryFolder folder;
+    LogLines log;
+    std::unique_ptr<SoundServer> server;
+    std::unique_ptr<Capture> capture;
+    QtRunLoop loop;
+    SoundSystem sound;
+    std::unique_ptr<WavePlayer> player;
+    std::vector<Turn> turns;
+    std::vector<std::uint32_t> states;
+    int finishes = 0;
+};
+
+} // namespace deckmate::test
