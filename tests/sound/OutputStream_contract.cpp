@@ -4,9 +4,9 @@
 
 #include "platform/cubeb/CubebBackend.h"
 #include "platform/silent/SilentBackend.h"
-#include "sound/SoundServer.h"
 #include "support/ManualRunLoop.h"
 #include "support/ManualSound.h"
+#include "support/SoundServer.h"
 
 #include <algorithm>
 #include <atomic>

@@ -6,7 +6,7 @@
 #include "playback/WavePlayer.h"
 #include "services/EB.h"
 #include "sound/ExpectedSound.h"
-#include "sound/SoundServer.h"
+#include "support/SoundServer.h"
 #include "support/LogLines.h"
 #include "support/TemporaryFolder.h"
 

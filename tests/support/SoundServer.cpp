@@ -1,4 +1,4 @@
-#include "sound/SoundServer.h"
+#include "support/SoundServer.h"
 
 #include <cerrno>
 #include <chrono>
