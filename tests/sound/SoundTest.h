@@ -6,8 +6,8 @@
 #include "playback/WavePlayer.h"
 #include "services/EB.h"
 #include "sound/ExpectedSound.h"
-#include "support/SoundServer.h"
 #include "support/LogLines.h"
+#include "support/SoundServer.h"
 #include "support/TemporaryFolder.h"
 
 #include <chrono>

@@ -70,11 +70,11 @@ void waitUntil(const Question& holds, const char* what) {
 
 } // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& output) {
+ChildProcess::ChildProcess(std::vector<std::string> command, const std::string& output) {
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
+    for (std::string& argument : command) {
+        arguments.push_back(argument.data());
     }
     arguments.push_back(nullptr);
 

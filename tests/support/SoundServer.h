@@ -17,7 +17,7 @@ class ChildProcess {
 public:
     /// Throws std::system_error if it can't be started. Its output goes to the file, if one is
     /// named.
-    explicit ChildProcess(const std::vector<std::string>& command, const std::string& output = {});
+    explicit ChildProcess(std::vector<std::string> command, const std::string& output = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
