@@ -155,6 +155,33 @@ TEST_F(FileTest, PlayAfterTheEndPlaysAllOfItAgain) {
     EXPECT_EQ(differenceOf(heard(twice.size() / 2), twice), "");
 }
 
+TEST_F(FileTest, NothingArrivesOfAPlayerThatIsGone) {
+    open(recording);
+    player->play();
+    let(200ms);
+    player.reset();
+    let(150ms);
+    const std::size_t before = capture->heard().size();
+    let(1s);
+    EXPECT_EQ(capture->heard().size(), before);
+    EXPECT_EQ(finishes, 0);
+}
+
+TEST_F(FileTest, APlayerMayBeDestroyedByWhoHearsOfItsEnd) {
+    open(recording);
+    onChange = [this] {
+        if (hasFinished()) {
+            player.reset();
+        }
+    };
+    turn(120, 0);
+    player->play();
+    EXPECT_TRUE(wait([&] { return player == nullptr; }));
+    const std::vector<float> expected = ExpectedSound(recording).play(0, turns);
+    EXPECT_EQ(differenceOf(heard(recording.frames), expected), "");
+    EXPECT_EQ(finishes, 1);
+}
+
 TEST_F(FileTest, HalfTheVolumeIsHalfOfEachSample) {
     open(recording);
     turn(120, 0);

@@ -45,7 +45,12 @@ protected:
             player->playFinish();
         }
     }
-    void WavePlayerStateChanged() override { states.push_back(player->play_state()); }
+    void WavePlayerStateChanged() override {
+        states.push_back(player->play_state());
+        if (onChange) {
+            onChange();
+        }
+    }
     void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
 
     /// A server for the recording's rate, unless there is one, and the recording opened.
@@ -72,6 +77,7 @@ protected:
     std::unique_ptr<WavePlayer> player;
     std::vector<Turn> turns;
     std::vector<std::uint32_t> states;
+    std::function<void()> onChange;
     int finishes = 0;
 };
 
