@@ -4,8 +4,10 @@
 #include "platform/PcmFloats.h"
 #include "platform/QueueStream.h"
 #include "platform/RunLoop.h"
+#include "platform/SoundSystem.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -14,6 +16,8 @@
 namespace deckmate {
 
 namespace {
+
+constexpr std::chrono::seconds lingeringTime{1};
 
 OutputFormat outputFormatOf(const StreamDescription& format) {
     constexpr double most = std::numeric_limits<std::uint32_t>::max();
@@ -24,9 +28,24 @@ OutputFormat outputFormatOf(const StreamDescription& format) {
 } // namespace
 
 /// Shared with what was posted to the main loop, so that it finds out whether the queue still is.
-struct AudioQueue::State : std::enable_shared_from_this<State> {
+struct AudioQueue::State final : SoundNewsReader, std::enable_shared_from_this<State> {
     State(const StreamDescription& streamFormat, BufferNeeded needed)
         : format(streamFormat), bufferNeeded(std::move(needed)) {}
+
+    /// A buffer with all that it points to.
+    struct Buffer : AudioQueueBuffer {
+        std::vector<std::uint8_t> storage;
+        std::vector<PacketDescription> descriptions;
+        bool isQueued = false;
+
+        std::vector<std::uint8_t> renewStorage() {
+            std::vector<std::uint8_t> old(capacity);
+            old.swap(storage);
+            bytes = storage.data();
+            isQueued = false;
+            return old;
+        }
+    };
 
     /// A run needs a feed and a stream of its own, since a drained or broken one can't go on.
     void beginRun() {
@@ -37,11 +56,7 @@ struct AudioQueue::State : std::enable_shared_from_this<State> {
         for (const std::unique_ptr<Buffer>& buffer : buffers) {
             largest = std::max(largest, buffer->capacity);
         }
-        feed = std::make_shared<BufferFeed>(format, largest, [weak = weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                self->takeNews();
-            }
-        });
+        feed = std::make_shared<BufferFeed>(format, largest, SoundSystem::current().news());
         feed->setVolume(volume);
         ++runs;
         openStream();
@@ -109,38 +124,90 @@ struct AudioQueue::State : std::enable_shared_from_this<State> {
         report();
     }
 
+    /// Nothing that was queued is played any more; the buffers are free.
     void leaveRun() {
         if (feed) {
             feed->detach();
             earlierUnderruns += feed->underruns();
             lastHandedOver = feed->framesHandedOver();
+            for (const std::unique_ptr<Buffer>& buffer : buffers) {
+                if (buffer->isQueued) {
+                    // Its samples may just be read.
+                    feed->keep(buffer->renewStorage());
+                }
+            }
             // Not here, where its own call may be under way.
             RunLoop::main().runLater([leaving = std::move(feed)]() mutable { leaving.reset(); });
         }
+        late.clear();
         stream.reset();
     }
 
-    void takeNews() {
+    void reset() {
+        if (isRunning || isFinishing || (feed && !feed->isEmpty())) {
+            leaveRun();
+            isRunning = false;
+            isPaused = false;
+            isFinishing = false;
+        }
+    }
+
+    AudioStatus enqueue(Buffer& buffer) {
+        if (buffer.isQueued) {
+            return audioBufferInUse;
+        }
+        beginRun();
+        buffer.isQueued = feed->give(buffer);
+        return buffer.isQueued ? 0 : static_cast<AudioStatus>(audioQueueFull);
+    }
+
+    void takeNews() override {
         const std::shared_ptr<State> self = shared_from_this();
         const std::shared_ptr<BufferFeed> run = feed;
-        while (feed == run && run != nullptr) {
-            AudioQueueBuffer* buffer = run->takePlayed();
-            if (buffer == nullptr) {
+        while (run != nullptr && feed == run) {
+            AudioQueueBuffer* const played = run->takePlayed();
+            if (played == nullptr) {
                 break;
             }
-            bufferNeeded(*buffer);
+            auto& buffer = static_cast<Buffer&>(*played);
+            if (isFinishing) {
+                // Its samples have been taken out, but the last of all to play are still to come.
+                late.push_back(&buffer);
+            } else {
+                need(buffer);
+            }
         }
-        if (feed != run || run == nullptr || !isRunning) {
+        if (run == nullptr || feed != run || !isRunning) {
             return;
         }
         const BufferFeed::Endings endings = run->takeEndings();
         if (endings.isDrained) {
             // Whatever a server's clock says of the very last frames.
             lastTime = static_cast<double>(run->framesHandedOver());
+            for (Buffer* const buffer : std::exchange(late, {})) {
+                need(*buffer);
+                if (feed != run) {
+                    return;
+                }
+            }
+            linger();
         }
         if (endings.isDrained || endings.isFailed) {
             end();
         }
+    }
+
+    /// Libraries reckon when the last frame should have been heard. A server that was held up is
+    /// later, and would lose what it still has.
+    void linger() {
+        lingering = std::move(stream);
+        lingeringEnd = RunLoop::main().makeTimer();
+        lingeringEnd->startOnce(lingeringTime, [this] { lingering.reset(); });
+    }
+
+    void need(Buffer& buffer) {
+        buffer.isQueued = false;
+        bufferNeeded(buffer);
     }
 
     void report() const {
@@ -159,18 +226,11 @@ struct AudioQueue::State : std::enable_shared_from_this<State> {
         return lastTime;
     }
 
-    /// A buffer with all that it points to.
-    struct Buffer : AudioQueueBuffer {
-        std::vector<std::uint8_t> storage;
-        std::vector<PacketDescription> descriptions;
-    };
-
     const StreamDescription format;
     BufferNeeded bufferNeeded;
     std::function<void()> listener;
     std::vector<std::unique_ptr<Buffer>> buffers;
-    std::vector<std::uint8_t> magicCookie;
-    std::vector<std::uint8_t> channelLayout;
+    std::vector<Buffer*> late; ///< played, and needed again only once all has been heard
     float volume = 1.0F;
     bool isRunning = false;
     bool isPaused = false;
@@ -182,16 +242,22 @@ struct AudioQueue::State : std::enable_shared_from_this<State> {
     std::uint64_t lastHandedOver = 0;
     std::shared_ptr<BufferFeed> feed;
     std::unique_ptr<QueueStream> stream;
+    std::unique_ptr<QueueStream> lingering; ///< that of the run before, drained
+    std::unique_ptr<Timer> lingeringEnd;
 };
 
 AudioQueue::AudioQueue(const StreamDescription& format, BufferNeeded bufferNeeded)
-    : state_(std::make_shared<State>(format, std::move(bufferNeeded))) {}
+    : state_(std::make_shared<State>(format, std::move(bufferNeeded))) {
+    SoundSystem::current().addNewsReader(state_);
+}
 
 AudioQueue::~AudioQueue() {
     state_->listener = nullptr;
     state_->isRunning = false;
     state_->isStopped = true;
     state_->leaveRun();
+    state_->lingering.reset();
+    state_->lingeringEnd.reset();
 }
 
 AudioQueueBuffer* AudioQueue::allocateBuffer(std::uint32_t capacity,
@@ -214,11 +280,8 @@ void AudioQueue::prepare() {
 }
 
 AudioStatus AudioQueue::enqueue(AudioQueueBuffer& buffer) {
-    if (state_->isStopped) {
-        return audioNotOpen;
-    }
-    state_->beginRun();
-    return state_->feed->give(buffer) ? 0 : static_cast<AudioStatus>(audioQueueFull);
+    return state_->isStopped ? static_cast<AudioStatus>(audioNotOpen)
+                             : state_->enqueue(static_cast<State::Buffer&>(buffer));
 }
 
 void AudioQueue::start() {
@@ -237,6 +300,10 @@ void AudioQueue::pause() {
     }
 }
 
+void AudioQueue::reset() {
+    state_->reset();
+}
+
 void AudioQueue::stopNow() {
     const std::shared_ptr<State> self = state_;
     const bool wasRunning = self->isRunning;
@@ -244,6 +311,7 @@ void AudioQueue::stopNow() {
     self->lastTime = self->sampleTime();
     self->isRunning = false;
     self->leaveRun();
+    self->lingering.reset();
     if (wasRunning) {
         self->report();
     }
@@ -263,14 +331,6 @@ void AudioQueue::setVolume(double volume) {
     if (state_->feed) {
         state_->feed->setVolume(state_->volume);
     }
-}
-
-void AudioQueue::setMagicCookie(std::vector<std::uint8_t> cookie) {
-    state_->magicCookie = std::move(cookie);
-}
-
-void AudioQueue::setChannelLayout(std::vector<std::uint8_t> layout) {
-    state_->channelLayout = std::move(layout);
 }
 
 bool AudioQueue::isRunning() const {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <vector>
+#include <span>
 
 namespace deckmate {
 
@@ -28,13 +28,15 @@ namespace deckmate {
 ///
 /// The queue's own state changes at once; the sound server is told later, in order, and nobody
 /// waits for it. Where there is no server, or it doesn't take the format, the queue plays silence
-/// at the right speed. Samples of up to 24 bits and 32-bit floats reach the server unchanged.
+/// at the right speed. At volume 1.0, samples of up to 24 bits and 32-bit
+/// floats reach the server unchanged.
 ///
 /// Thread: main, and so are all calls it makes.
 class AudioQueue {
 public:
     /// Called for each buffer that can be filled anew, in the order of playing, never from inside
-    /// one of the queue's operations.
+    /// one of the queue's operations. Those that come back after stopAfterDraining() are asked for
+    /// when everything has been heard, just before that is reported.
     using BufferNeeded = std::function<void(AudioQueueBuffer& buffer)>;
 
     AudioQueue(const StreamDescription& format, BufferNeeded bufferNeeded);
@@ -51,13 +53,17 @@ public:
     /// Connects to the sound system, which would take start() some time. To be called once the
     /// buffers are allocated; not needed.
     void prepare();
-    /// Hands a filled buffer over. audioQueueFull beyond BufferFeed::mostBuffers.
+    /// Hands a filled buffer of this queue over. audioBufferInUse for one that wasn't asked for
+    /// again, audioQueueFull beyond BufferFeed::mostBuffers.
     AudioStatus enqueue(AudioQueueBuffer& buffer);
 
     /// Plays what has been enqueued, from the beginning or on from a pause.
     void start();
     /// Stands still and keeps what is queued; it is still running.
     void pause();
+    /// Drops what is queued, without a report: the queue is as before the first enqueue, and no
+    /// longer running. All buffers are free.
+    void reset();
     /// Is over at once, which the listener hears of inside this call if the queue was running.
     /// After that, the queue can only be disposed of.
     void stopNow();
@@ -68,9 +74,9 @@ public:
 
     /// 0.0 to 1.0, linear; what is outside counts as the nearest, what is no number is ignored.
     void setVolume(double volume);
-    /// What the format doesn't tell about the samples; both are of no use for plain ones.
-    void setMagicCookie(std::vector<std::uint8_t> cookie);
-    void setChannelLayout(std::vector<std::uint8_t> layout);
+    /// What the format doesn't tell about the samples: nothing that plain ones need.
+    void setMagicCookie(std::span<const std::uint8_t> /*cookie*/) {}
+    void setChannelLayout(std::span<const std::uint8_t> /*layout*/) {}
 
     /// From start() until it is over, pauses included.
     bool isRunning() const;

@@ -9,10 +9,9 @@
 namespace deckmate {
 
 BufferFeed::BufferFeed(const StreamDescription& format, std::uint32_t largestBuffer,
-                       std::function<void()> news)
+                       std::shared_ptr<Signal> news)
     : format_(format), channels_(canBecomeFloats(format) ? format.channelsPerFrame : 0),
-      signal_(RunLoop::main().makeSignal(std::move(news))),
-      staged_(channels_ > 0 ? largestBuffer / (format.bitsPerChannel / 8) : 0) {
+      news_(std::move(news)), staged_(channels_ > 0 ? largestBuffer / sampleBytes(format) : 0) {
     gaps_.reserve(16);
 }
 
@@ -30,6 +29,7 @@ bool BufferFeed::give(AudioQueueBuffer& buffer) {
 }
 
 AudioQueueBuffer* BufferFeed::takePlayed() {
+    collectGaps();
     const std::optional<AudioQueueBuffer*> buffer = played_.pop();
     if (!buffer) {
         return nullptr;
@@ -43,17 +43,23 @@ BufferFeed::Endings BufferFeed::takeEndings() {
     return {(endings & drainedBit) != 0, (endings & failedBit) != 0};
 }
 
-std::uint64_t BufferFeed::fileFrames(std::uint64_t position) {
+void BufferFeed::collectGaps() {
     while (const std::optional<Gap> gap = closedGaps_.pop()) {
         gaps_.push_back(*gap);
     }
+}
+
+std::uint64_t BufferFeed::fileFrames(std::uint64_t position) {
+    // Asked before collecting: a gap that closes meanwhile lies behind these frames.
+    const std::uint64_t handedOver = framesHandedOver();
+    collectGaps();
     std::uint64_t silence = 0;
     for (const Gap& gap : gaps_) {
         if (position > gap.begin) {
             silence += std::min(gap.length, position - gap.begin);
         }
     }
-    return std::min(position - silence, framesHandedOver());
+    return std::min(position - silence, handedOver);
 }
 
 std::size_t BufferFeed::fill(float* out, std::size_t frames) noexcept {
@@ -91,13 +97,14 @@ bool BufferFeed::stageNext() noexcept {
     stagedFrames_ = next->frames;
     stagedDone_ = 0;
     played_.push(next->buffer);
-    signal_->raise();
+    news_->raise();
     return true;
 }
 
 void BufferFeed::play(float* out, std::size_t frames) noexcept {
     if (openGap_) {
-        // Full only if nobody has asked for the time during hundreds of gaps.
+        // Never full: the main thread, which gave the buffer that ends the gap, has collected
+        // others.
         closedGaps_.push(*openGap_);
         openGap_.reset();
     }
@@ -125,7 +132,7 @@ void BufferFeed::playSilence(float* out, std::size_t frames) noexcept {
 void BufferFeed::report(unsigned ending) noexcept {
     if (!isDetached_.load(std::memory_order_acquire)) {
         endings_.fetch_or(ending, std::memory_order_acq_rel);
-        signal_->raise();
+        news_->raise();
     }
 }
 

@@ -9,9 +9,9 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace deckmate {
@@ -22,16 +22,16 @@ struct AudioQueueBuffer;
 /// once, so that it can be filled anew while they play: a queue of three buffers holds four.
 /// Where no buffer has come in time, silence is played and counted; it is no time of the file.
 ///
-/// Its signal has to be destroyed on the main thread, and so has the feed.
+/// Has to be destroyed on the main thread.
 class BufferFeed final : public OutputSource {
 public:
     /// More buffers than this are not taken at the same time.
     static constexpr std::size_t mostBuffers = 64;
 
-    /// Takes buffers of up to `largestBuffer` bytes. `news` is called on the main thread when there
-    /// may be played buffers or an ending to be taken out. Thread: main.
+    /// Takes buffers of up to `largestBuffer` bytes. `news` is raised when there may be played
+    /// buffers or an ending to be taken out. Thread: main.
     BufferFeed(const StreamDescription& format, std::uint32_t largestBuffer,
-               std::function<void()> news);
+               std::shared_ptr<Signal> news);
 
     // ---- Thread: main
 
@@ -42,11 +42,14 @@ public:
     AudioQueueBuffer* takePlayed();
     /// No further buffer comes: what was given is played, and then the stream drains.
     void finish() { isFinishing_.store(true, std::memory_order_release); }
-    /// Silence from now on; nothing is reported any more.
+    /// Silence from now on; nothing is reported any more. Buffers that have not been given back may
+    /// still be read for a moment: keep() what they point to.
     void detach() { isDetached_.store(true, std::memory_order_release); }
+    /// Holds the samples of a buffer for as long as the feed exists.
+    void keep(std::vector<std::uint8_t> bytes) { kept_.push_back(std::move(bytes)); }
     /// A factor for the samples that are played from now on.
     void setVolume(float volume) { volume_.store(volume, std::memory_order_relaxed); }
-    /// Whether a buffer was given that takePlayed() has not given back.
+    /// Whether takePlayed() has given back every buffer.
     bool isEmpty() const { return outstanding_ == 0; }
 
     struct Endings {
@@ -87,10 +90,11 @@ private:
     void play(float* out, std::size_t frames) noexcept;
     void playSilence(float* out, std::size_t frames) noexcept;
     void report(unsigned ending) noexcept;
+    void collectGaps();
 
     const StreamDescription format_;
     const std::size_t channels_;
-    const std::unique_ptr<Signal> signal_;
+    const std::shared_ptr<Signal> news_;
     SpscRing<Filled, mostBuffers> filled_;
     SpscRing<AudioQueueBuffer*, 2 * mostBuffers> played_;
     SpscRing<Gap, 256> closedGaps_;
@@ -104,6 +108,7 @@ private:
     // The main thread's.
     std::size_t outstanding_ = 0;
     std::vector<Gap> gaps_;
+    std::vector<std::vector<std::uint8_t>> kept_;
 
     // The audio thread's.
     std::vector<float> staged_; ///< the buffer being played

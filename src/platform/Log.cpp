@@ -1,16 +1,13 @@
 #include "platform/Log.h"
 
+#include "platform/StandardStreams.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <csignal>
-#include <ctime>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
 
-#include <poll.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -35,55 +32,6 @@ bool isControl(char character) {
     return code < 0x20 || code == 0x7f;
 }
 
-/// Keeps a pipe that nobody reads from ending the program: the signal for it is held back on this
-/// thread, and dropped if it came.
-class WithoutPipeSignal {
-public:
-    WithoutPipeSignal() {
-        sigemptyset(&pipe_);
-        sigaddset(&pipe_, SIGPIPE);
-        sigset_t pending;
-        sigemptyset(&pending);
-        sigpending(&pending);
-        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
-        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
-    }
-    ~WithoutPipeSignal() {
-        if (!wasPending_) {
-            const timespec atOnce{};
-            while (sigtimedwait(&pipe_, nullptr, &atOnce) < 0 && errno == EINTR) {
-            }
-        }
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    }
-    WithoutPipeSignal(const WithoutPipeSignal&) = delete;
-    WithoutPipeSignal& operator=(const WithoutPipeSignal&) = delete;
-    WithoutPipeSignal(WithoutPipeSignal&&) = delete;
-    WithoutPipeSignal& operator=(WithoutPipeSignal&&) = delete;
-
-private:
-    sigset_t pipe_{};
-    sigset_t before_{};
-    bool wasPending_ = false;
-};
-
-/// A pipe that can be written to has room for PIPE_BUF bytes, so no piece makes this wait.
-void writeToStandardError(std::string_view line) {
-    const WithoutPipeSignal noSignal;
-    while (!line.empty()) {
-        pollfd standardError{STDERR_FILENO, POLLOUT, 0};
-        if (poll(&standardError, 1, 0) != 1 || (standardError.revents & POLLOUT) == 0) {
-            return;
-        }
-        const ssize_t written =
-            ::write(STDERR_FILENO, line.data(), std::min<std::size_t>(line.size(), PIPE_BUF));
-        if (written <= 0) {
-            return;
-        }
-        line.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 } // namespace
 
 void Log::write(std::string_view text) {
@@ -102,7 +50,7 @@ void Log::write(std::string_view text) {
     syslog(LOG_USER | LOG_INFO, "%s", line.c_str());
     line += '\n';
     const std::lock_guard guard(settings().standardErrorLock);
-    writeToStandardError(line);
+    writeToStream(STDERR_FILENO, line);
 }
 
 Log::Sink Log::setSink(Sink sink) {

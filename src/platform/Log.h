@@ -7,7 +7,7 @@
 namespace deckmate {
 
 /// Each text becomes one line on standard error and in the system's log (syslog(3), facility user).
-/// A log that can't take it, or not without waiting for its reader, does without.
+/// Standard error does without what its reader doesn't take at once.
 class Log {
 public:
     /// Gets each line, without a line break. Called on the writing thread, by several at a time.

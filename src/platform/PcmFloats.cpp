@@ -34,29 +34,33 @@ void scaled24(const std::uint8_t* bytes, std::size_t samples, float* floats) {
 
 } // namespace
 
+std::uint32_t sampleBytes(const StreamDescription& format) {
+    return format.channelsPerFrame > 0 ? format.bytesPerFrame / format.channelsPerFrame : 0;
+}
+
 bool canBecomeFloats(const StreamDescription& format) {
     const std::uint32_t bits = format.bitsPerChannel;
-    const bool isKnown = format.isFloat() ? bits == 32 || bits == 64
-                                          : bits == 8 || bits == 16 || bits == 24 || bits == 32;
+    const std::uint64_t bytes = (std::uint64_t{bits} + 7) / 8;
+    const bool isKnown = format.isFloat() ? bits == 32 || bits == 64 : bits >= 1 && bits <= 32;
     return isKnown && format.channelsPerFrame > 0 &&
-           format.bytesPerFrame == std::uint64_t{bits / 8} * format.channelsPerFrame;
+           format.bytesPerFrame == bytes * format.channelsPerFrame;
 }
 
 void toFloats(const StreamDescription& format, const std::uint8_t* bytes, std::size_t samples,
               float* floats) noexcept {
-    switch (format.bitsPerChannel) {
-    case 8:
+    switch (sampleBytes(format)) {
+    case 1:
         for (std::size_t i = 0; i < samples; ++i) {
             floats[i] = static_cast<float>(bytes[i] - 128) * 0x1p-7F;
         }
         break;
-    case 16:
+    case 2:
         scaled<std::int16_t>(bytes, samples, 0x1p-15F, floats);
         break;
-    case 24:
+    case 3:
         scaled24(bytes, samples, floats);
         break;
-    case 32:
+    case 4:
         if (format.isFloat()) {
             std::memcpy(floats, bytes, samples * sizeof *floats);
         } else {

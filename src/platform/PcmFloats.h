@@ -8,7 +8,12 @@
 
 namespace deckmate {
 
-/// Whether toFloats knows the format: 8 bit unsigned, 16, 24 or 32 bit signed, 32 or 64 bit float.
+/// Bytes from one sample to the next; 0 where there are no samples.
+std::uint32_t sampleBytes(const StreamDescription& format);
+
+/// Whether toFloats knows the format: up to 8 bits unsigned, up to 32 bits signed, 32- or 64-bit
+/// floats, each in as few whole bytes as can hold it. Fewer bits than a whole number of bytes are
+/// the upper ones.
 bool canBecomeFloats(const StreamDescription& format);
 
 /// Turns `samples` samples into floats of full scale 1.0: exactly for up to 24 bits and for 32-bit

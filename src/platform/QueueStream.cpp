@@ -4,6 +4,7 @@
 #include "platform/SoundSystem.h"
 #include "platform/silent/SilentBackend.h"
 
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -16,23 +17,26 @@ struct QueueStream::Shared {
         : format(outputFormat), feed(std::move(bufferFeed)), backend(std::move(outputBackend)) {}
 
     void open() {
-        if (!stream) {
+        if (!stream && !isUnwanted) {
             publish(backend->open(format, *feed));
         }
     }
 
     void start() {
         open();
+        if (isUnwanted) {
+            return;
+        }
         if (!stream) {
             publish(makeSilentBackend()->open(format, *feed));
         }
-        if (!stream->start()) {
+        if (!stream || !stream->start()) {
             feed->failed();
         }
     }
 
     void stop() {
-        if (stream) {
+        if (stream && !isUnwanted) {
             stream->stop();
         }
     }
@@ -42,9 +46,6 @@ struct QueueStream::Shared {
         {
             const std::lock_guard guard(lock);
             closing = std::move(stream);
-        }
-        if (closing) {
-            closing->stop();
         }
     }
 
@@ -57,6 +58,9 @@ struct QueueStream::Shared {
     const OutputFormat format;
     std::shared_ptr<BufferFeed> feed;
     const std::shared_ptr<OutputBackend> backend;
+    /// Nothing is worth doing any more but closing: where the server is slow, streams that a
+    /// moving slider has left behind don't hold up the last one.
+    std::atomic<bool> isUnwanted = false;
 
 private:
     void publish(std::unique_ptr<OutputStream> opened) {
@@ -73,6 +77,7 @@ QueueStream::QueueStream(const OutputFormat& format, std::shared_ptr<BufferFeed>
 }
 
 QueueStream::~QueueStream() {
+    shared_->isUnwanted = true;
     // A task of its own lets go of the feed: one that hangs in the library may outlive the main
     // loop.
     SoundSystem::current().run([shared = shared_] { shared->close(); });

@@ -13,6 +13,7 @@ enum AudioError : AudioStatus {
     audioUnsupported = -2, ///< not a WAVE file, or not one of plain samples
     audioReadFailed = -3,  ///< for a reason that the system didn't tell
     audioQueueFull = -4,   ///< more buffers than a queue takes
+    audioBufferInUse = -5, ///< the buffer is queued already
 };
 
 /// The format of linear PCM: in a packet there is one frame, one sample of each channel, and the

@@ -24,10 +24,11 @@ struct TaskThread::Shared {
             if (tasks.empty()) {
                 break;
             }
-            const std::function<void()> task = std::move(tasks.front());
+            std::function<void()> task = std::move(tasks.front());
             tasks.pop_front();
             guard.unlock();
             task();
+            task = nullptr; // what it holds may give tasks when it goes
             guard.lock();
             while (isAbandoned) {
                 news.wait(guard); // nothing that tasks work on is there any more

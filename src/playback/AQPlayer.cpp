@@ -1,14 +1,16 @@
 #include "playback/AQPlayer.h"
 
 #include "platform/Log.h"
+#include "platform/StandardStreams.h"
 #include "services/EB.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace deckmate {
 
@@ -28,6 +30,12 @@ AQBufferHook& S_BufferCallBack() {
 const AQPlayer*& activePlayer() {
     static const AQPlayer* player = nullptr;
     return player;
+}
+
+/// That of the queues to come: a seek must not begin at another one.
+double& currentVolume() {
+    static double volume = 1.0;
+    return volume;
 }
 
 /// Cut toward zero; what no packet index can be becomes the nearest one, and 0 if it is no number.
@@ -58,8 +66,9 @@ void primeBuffers(AQData& data) {
 } // namespace
 
 AQData& aqData() {
-    static AQData data;
-    return data;
+    // Never destroyed: its queue could not outlive the main loop.
+    static auto* const data = new AQData;
+    return *data;
 }
 
 void CreateQueueForFile(const std::string& path) {
@@ -89,13 +98,16 @@ void SetupNewQueue() {
     data.packetsPerRead = maxPacketSize != 0 ? data.bufferByteSize / maxPacketSize : 0;
 
     if (data.audioFile) {
-        if (std::vector<std::uint8_t> cookie = data.audioFile->magicCookie(); !cookie.empty()) {
-            data.queue->setMagicCookie(std::move(cookie));
+        if (const std::vector<std::uint8_t> cookie = data.audioFile->magicCookie();
+            !cookie.empty()) {
+            data.queue->setMagicCookie(cookie);
         }
-        if (std::vector<std::uint8_t> layout = data.audioFile->channelLayout(); !layout.empty()) {
-            data.queue->setChannelLayout(std::move(layout));
+        if (const std::vector<std::uint8_t> layout = data.audioFile->channelLayout();
+            !layout.empty()) {
+            data.queue->setChannelLayout(layout);
         }
     }
+    data.queue->setVolume(currentVolume());
     data.queue->setIsRunningListener(
         [&data] { isRunningProc(&data, data.queue.get(), isRunningProperty); });
 
@@ -132,8 +144,8 @@ void AQBufferCallback(AQData* data, AudioQueue* queue, AudioQueueBuffer* buffer)
                                             {buffer->bytes, buffer->capacity});
     }
     if (read.status != 0) {
-        std::printf("AudioFileReadPackets failed: %d\n", static_cast<int>(read.status));
-        std::fflush(stdout);
+        writeToStream(STDOUT_FILENO,
+                      "AudioFileReadPackets failed: " + std::to_string(read.status) + "\n");
         data->isError = true;
         read.packets = 0;
     }
@@ -167,22 +179,34 @@ AQPlayer::AQPlayer(const std::filesystem::path& file) : filePath_(file.native())
     data.isDone = false;
     data.isError = false;
     activePlayer() = this;
+    currentVolume() = 1.0;
     CreateQueueForFile(filePath_);
 }
 
 AQPlayer::~AQPlayer() {
-    if (activePlayer() == this) {
-        cleanUp();
-    }
+    cleanUp();
+}
+
+bool AQPlayer::isActive() const {
+    return activePlayer() == this;
 }
 
 void AQPlayer::cleanUp() {
+    if (!isActive()) {
+        return;
+    }
     DisposeQueue();
     S_BufferCallBack() = nullptr;
     activePlayer() = nullptr;
 }
 
 void AQPlayer::setVolume(double volume) {
+    if (!isActive()) {
+        return;
+    }
+    if (!std::isnan(volume)) {
+        currentVolume() = volume;
+    }
     if (aqData().queue) {
         aqData().queue->setVolume(volume);
     }
@@ -190,28 +214,33 @@ void AQPlayer::setVolume(double volume) {
 
 void AQPlayer::play(bool resume) {
     AQData& data = aqData();
-    if (filePath_.empty() || !data.queue) {
+    if (filePath_.empty() || !isActive() || !data.queue) {
         return;
     }
     data.isDone = false;
     if (!resume) {
         data.currentPacket = 0;
+        // A seek may have filled and enqueued the buffers already.
+        data.queue->reset();
         primeBuffers(data);
     }
     data.queue->start();
 }
 
 void AQPlayer::pause() {
-    if (aqData().queue) {
+    if (isActive() && aqData().queue) {
         aqData().queue->pause();
     }
 }
 
 void AQPlayer::setPosition(double position, bool play) {
+    if (!isActive()) {
+        return;
+    }
     AQData& data = aqData();
     if (data.queue) {
         data.queue->stopNow();
-        if (activePlayer() != this) {
+        if (!isActive()) {
             return; // whoever heard of the stop has closed the file
         }
         data.timeline = nullptr;

@@ -64,14 +64,15 @@ void isRunningProc(AQData* data, AudioQueue* queue, std::uint32_t propertyId);
 class AQPlayer {
 public:
     explicit AQPlayer(const std::filesystem::path& file);
-    /// Cleans up unless that was done, or another player has taken over.
+    /// Cleans up.
     ~AQPlayer();
     AQPlayer(const AQPlayer&) = delete;
     AQPlayer& operator=(const AQPlayer&) = delete;
     AQPlayer(AQPlayer&&) = delete;
     AQPlayer& operator=(AQPlayer&&) = delete;
 
-    /// Gives up queue, file and hook; the player can't be used afterwards.
+    /// Gives up queue, file and hook; the player does nothing afterwards, as when another one has
+    /// taken over the output.
     void cleanUp();
 
     /// Linear, 0.0 to 1.0.
@@ -97,6 +98,9 @@ public:
     void setDataCB(AQBufferHook hook);
 
 private:
+    /// Whether what is being played is this player's.
+    bool isActive() const;
+
     std::string filePath_;
     double seek_time_ = 0; ///< milliseconds from the file's start to the queue's
 };

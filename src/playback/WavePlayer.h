@@ -47,8 +47,9 @@ enum PlayState : std::uint32_t {
 ///     player.setAngle(120);
 ///     player.play();
 ///
-/// 24-bit samples and 32-bit floats of two channels and more are processed; anything else is played
-/// as it is. Whoever hears the event "EB_PLAY_FINISH" calls playFinish(). Thread: main.
+/// 24-bit samples and 32-bit floats of two channels are processed; mono and anything else is played
+/// as it is. With more channels, as many pairs as there are frames are processed from the start of
+/// each buffer. Whoever hears the event "EB_PLAY_FINISH" calls playFinish(). Thread: main.
 class WavePlayer {
 public:
     explicit WavePlayer(const std::filesystem::path& file);

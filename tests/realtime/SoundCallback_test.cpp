@@ -82,7 +82,7 @@ protected:
     }
 
     QtRunLoop loop;
-    BufferFeed feed{format(), 6000, [] {}};
+    BufferFeed feed{format(), 6000, loop.makeSignal([] {})};
     std::array<AudioQueueBuffer, 2> buffers;
     std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(6000);
     std::vector<float> out = std::vector<float>(2 * 4096);

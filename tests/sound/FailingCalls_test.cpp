@@ -89,7 +89,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(All, FailingCallsTest,
                          testing::Combine(testing::Values(Call::open, Call::start, Call::stop),
-                                          testing::Range(1, 5)));
+                                          testing::Range(1, 4)));
 
 TEST_P(FailingCallsTest, TheNextPlayPlaysAll) {
     player.setDelegate(this);

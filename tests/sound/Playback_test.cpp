@@ -128,6 +128,16 @@ TEST_F(FileTest, ASeekWhilePausedIsHeardOnlyOncePlayed) {
               "");
 }
 
+TEST_F(FileTest, ASeekBeforePlayingDoesNotRepeatWhatItMadeReady) {
+    open(recording);
+    turn(120, 0);
+    player->setPosition(0.5);
+    player->play();
+    ExpectedSound expected(recording);
+    expected.play(24000, 24000 + 14400, turns);
+    EXPECT_EQ(differenceOf(heard(recording.frames), expected.play(0, turns)), "");
+}
+
 TEST_F(FileTest, ASeekToTheEndFinishes) {
     open(recording);
     player->play();

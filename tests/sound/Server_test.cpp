@@ -45,9 +45,10 @@ TEST_F(ServerTest, OneThatComesLaterIsFoundByTheNextPlay) {
     player->play();
     ASSERT_TRUE(wait([&] { return hasFinished(); }));
     startServer(48000);
-    turn(120, 0);
+    turn(0, 0);
     player->play();
-    heard(recording.frames);
+    const std::vector<float> all = heard(recording.frames);
+    EXPECT_EQ(all.size() / 2, recording.frames);
 }
 
 TEST_F(ServerTest, KilledWhilePlayingItFinishesOnce) {
@@ -224,10 +225,9 @@ TEST_P(BusyTest, ABusyMainThreadLosesNothing) {
     ASSERT_TRUE(isPlayingAfter(0.2));
     std::this_thread::sleep_for(GetParam());
     const std::uint64_t underruns = aqData().queue->underruns();
-    const bool hasGap = GetParam() >= 2000ms;
-    if (hasGap || GetParam() <= 250ms) {
-        EXPECT_EQ(underruns, hasGap ? 1U : 0U);
-    }
+    // Between the two it depends on how full the server was.
+    EXPECT_LE(underruns, GetParam() <= 250ms ? 0U : 1U);
+    EXPECT_GE(underruns, GetParam() >= 2000ms ? 1U : 0U);
     EXPECT_LE(player->curremtTime() * 48000, handedOver());
     const std::vector<float> expected = ExpectedSound(recording).play(0, turns);
     EXPECT_EQ(differenceOf(heard(recording.frames), expected), "");

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -120,7 +121,11 @@ private:
 class SilentBackend final : public OutputBackend {
 public:
     std::unique_ptr<OutputStream> open(const OutputFormat& format, OutputSource& source) override {
-        return std::make_unique<SilentStream>(format, source);
+        try {
+            return std::make_unique<SilentStream>(format, source);
+        } catch (const std::system_error&) {
+            return nullptr; // no thread is to be had
+        }
     }
 };
 

@@ -7,7 +7,8 @@
 
 namespace deckmate {
 
-/// Its streams take frames at the speed of the monotonic clock, in steps of about 10 ms.
+/// Its streams take frames at the speed of the monotonic clock, in steps of about 10 ms. Null when
+/// the system has no thread left.
 std::unique_ptr<OutputBackend> makeSilentBackend();
 
 } // namespace deckmate

@@ -1,7 +1,9 @@
 #include "platform/sndfile/SndAudioFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -44,6 +46,24 @@ std::optional<SampleKind> kindOf(int format) {
     }
 }
 
+/// The bits that the file says are used of each sample, where the library tells only in how many
+/// bytes they lie.
+std::uint32_t bitsUsed(SNDFILE* file, const SampleKind& kind) {
+    SF_CHUNK_INFO chunk = {};
+    std::memcpy(chunk.id, "fmt ", 4);
+    chunk.id_size = 4;
+    SF_CHUNK_ITERATOR* const found = sf_get_chunk_iterator(file, &chunk);
+    std::array<std::uint8_t, 40> format = {};
+    chunk.data = format.data();
+    chunk.datalen = format.size();
+    constexpr std::size_t bitsAt = 14; // RIFF/WAVE: wBitsPerSample
+    if (found == nullptr || sf_get_chunk_data(found, &chunk) != SF_ERR_NO_ERROR) {
+        return kind.bits;
+    }
+    const std::uint32_t bits = format[bitsAt] | std::uint32_t{format[bitsAt + 1]} << 8;
+    return bits > kind.bits - 8 && bits < kind.bits ? bits : kind.bits;
+}
+
 struct Close {
     void operator()(SNDFILE* file) const { sf_close(file); }
 };
@@ -57,7 +77,7 @@ public:
         format_.formatId = StreamDescription::linearPcm;
         format_.formatFlags = kind.flags | StreamDescription::packedFlag;
         format_.channelsPerFrame = static_cast<std::uint32_t>(info.channels);
-        format_.bitsPerChannel = kind.bits;
+        format_.bitsPerChannel = bitsUsed(file_.get(), kind);
         format_.bytesPerFrame = kind.bits / 8 * format_.channelsPerFrame;
         format_.bytesPerPacket = format_.bytesPerFrame;
         format_.framesPerPacket = 1;

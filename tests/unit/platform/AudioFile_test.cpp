@@ -47,6 +47,15 @@ TEST_F(AudioFileTest, FloatsAreMarkedSo) {
     EXPECT_TRUE(file->dataFormat().isFloat());
 }
 
+TEST_F(AudioFileTest, BitsThatAreNotUsedDontCount) {
+    const Bytes twentyInThreeBytes =
+        le16(1) + le16(2) + le32(48000) + le32(288000) + le16(6) + le16(20);
+    ASSERT_EQ(open(riff(chunk("fmt ", twentyInThreeBytes) + chunk("data", zeros(12)))), 0);
+    EXPECT_EQ(file->dataFormat().bitsPerChannel, 20U);
+    EXPECT_EQ(file->dataFormat().bytesPerFrame, 6U);
+    EXPECT_EQ(file->packetCount(), 2U);
+}
+
 TEST_F(AudioFileTest, GivesTheFilesOwnBytes) {
     ASSERT_EQ(open(evenRecording(pcm24({0x010203, -1, 5, 6, 7, 8}))), 0);
     const AudioFile::Packets read = file->readPackets(0, 2, room);

@@ -305,12 +305,50 @@ TEST_F(AudioQueueTest, TimeNeverGoesBackNorBeyondWhatWasHandedOver) {
 }
 
 TEST_F(AudioQueueTest, MoreBuffersThanItTakesAreRefused) {
-    AudioStatus status = 0;
-    for (int i = 0; i < 65; ++i) {
-        status = give(*buffers[0], {1});
-        EXPECT_EQ(status != 0, i == 64);
+    for (int i = 0; i < 64; ++i) {
+        EXPECT_EQ(give(*queue->allocateBuffer(4, 0), {1}), 0);
     }
-    EXPECT_EQ(status, audioQueueFull);
+    EXPECT_EQ(give(*buffers[0], {1}), audioQueueFull);
+}
+
+TEST_F(AudioQueueTest, ABufferThatIsQueuedIsRefusedUntilItIsNeededAgain) {
+    EXPECT_EQ(give(*buffers[0], {1, 2, 3, 4}), 0);
+    EXPECT_EQ(give(*buffers[0], {1, 2, 3, 4}), audioBufferInUse);
+    queue->start();
+    sound.pull(1);
+    EXPECT_EQ(give(*buffers[0], {1, 2, 3, 4}), audioBufferInUse);
+    loop.runPending();
+    EXPECT_THAT(needed, ElementsAre(buffers[0]));
+    EXPECT_EQ(give(*buffers[0], {1, 2, 3, 4}), 0);
+}
+
+TEST_F(AudioQueueTest, ResettingDropsWhatIsQueuedAndReportsNothing) {
+    giveTwo();
+    queue->stopAfterDraining();
+    queue->reset();
+    EXPECT_EQ(give(*buffers[0], {9, 10}), 0);
+    queue->start();
+    EXPECT_THAT(sound.pull(4), ElementsAre(9, 10, 0, 0)); // and is not finishing any more
+    queue->reset();
+    EXPECT_FALSE(queue->isRunning());
+    EXPECT_EQ(give(*buffers[1], {11}), 0);
+    queue->start();
+    EXPECT_THAT(sound.pull(1), ElementsAre(11));
+    EXPECT_THAT(reports, ElementsAre(true, true));
+    EXPECT_EQ(sound.open, 1U);
+}
+
+TEST_F(AudioQueueTest, TheLastBuffersAreNeededWhenAllHasBeenHeard) {
+    giveTwo();
+    queue->start();
+    queue->stopAfterDraining();
+    sound.pull(7);
+    loop.runPending();
+    EXPECT_THAT(needed, IsEmpty());
+    sound.pull(2);
+    loop.runPending();
+    EXPECT_THAT(needed, ElementsAre(buffers[0], buffers[1]));
+    EXPECT_THAT(reports, ElementsAre(true, false));
 }
 
 TEST_F(AudioQueueTest, AFormatThatCantBePlayedHasNoClockAndEnds) {

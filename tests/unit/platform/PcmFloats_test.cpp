@@ -55,6 +55,13 @@ TEST(PcmFloats, DoublesAreTheNearestFloats) {
     EXPECT_THAT(converted(format(64, true), le64(0x3FF8000000000000)), ElementsAre(1.5F));
 }
 
+TEST(PcmFloats, FewerBitsAreTheUpperOnes) {
+    StreamDescription twenty = format(24);
+    twenty.bitsPerChannel = 20;
+    ASSERT_TRUE(canBecomeFloats(twenty));
+    EXPECT_THAT(converted(twenty, le24(0x400000) + le24(-0x800000)), ElementsAre(0.5F, -1.0F));
+}
+
 TEST(PcmFloats, OtherFormatsAreRefused) {
     EXPECT_FALSE(canBecomeFloats(format(0)));
     EXPECT_FALSE(canBecomeFloats(format(20)));

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 namespace deckmate {
@@ -187,6 +188,55 @@ TEST_F(AQPlayerTest, PlayingFromTheBeginningAfterASeekKeepsItsOffset) {
     EXPECT_EQ(player->currentTime(), 500);
 }
 
+TEST_F(AQPlayerTest, PlayingFromTheBeginningAfterASeekPlaysEachFrameOnce) {
+    open(30000);
+    player->setPosition(0.99, false);
+    player->play(false);
+    playOut();
+    std::vector<int> all(30000);
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_EQ(frameNumbers(sound.heard), all);
+    EXPECT_EQ(finishes.count, 1);
+}
+
+TEST_F(AQPlayerTest, PlayingFromTheBeginningWhilePlayingBeginsAnew) {
+    open(30000);
+    player->play(false);
+    sound.pull(7000);
+    loop.runPending();
+    sound.heard.clear();
+    player->play(false);
+    playOut();
+    std::vector<int> all(30000);
+    std::iota(all.begin(), all.end(), 0);
+    EXPECT_EQ(frameNumbers(sound.heard), all);
+    EXPECT_EQ(finishes.count, 1);
+}
+
+TEST_F(AQPlayerTest, APauseInTheLastBuffersStillEndsDone) {
+    open(20000);
+    player->play(false);
+    while (!player->getIsDone()) {
+        sound.pull(1200);
+        loop.runPending();
+    }
+    player->pause();
+    player->play(true);
+    EXPECT_FALSE(player->getIsDone());
+    playOut();
+    EXPECT_EQ(frameNumbers(sound.heard).size(), 20000U);
+    EXPECT_TRUE(player->getIsDone());
+    EXPECT_EQ(finishes.count, 1);
+}
+
+TEST_F(AQPlayerTest, TheVolumeIsThatOfAllQueuesToCome) {
+    open(48000);
+    player->setVolume(0.5);
+    player->setVolume(std::numeric_limits<double>::quiet_NaN());
+    player->setPosition(0.5, true);
+    EXPECT_EQ(sound.pull(1)[0], static_cast<float>(24000 * 256) / 8388608.0F / 2);
+}
+
 TEST_F(AQPlayerTest, ASeekToTheEndFinishes) {
     open(48000);
     player->setPosition(1.0, true);
@@ -217,7 +267,7 @@ TEST_F(AQPlayerTest, UnitsAreSecondsAndMilliseconds) {
 
 TEST_F(AQPlayerTest, AFileThatCantBeOpenedShowsByAReadError) {
     player = std::make_unique<AQPlayer>(folder / "missing.wav");
-    EXPECT_THAT(log.lines(), Contains("Open File Failed"));
+    EXPECT_THAT(log.lines(), ElementsAre("Open File Failed", "errrr timeline"));
     EXPECT_FALSE(player->getIsError());
     testing::internal::CaptureStdout();
     player->play(false);
@@ -278,14 +328,41 @@ TEST_F(AQPlayerTest, CleaningUpIsSilentAndFinal) {
     player->play(false);
     player->setVolume(1);
     player->pause();
+    player->setPosition(0.5, true);
+    loop.runPending();
+    EXPECT_EQ(finishes.count, 0);
     EXPECT_THAT(sound.pull(1), IsEmpty());
+}
+
+TEST_F(AQPlayerTest, CleaningUpDropsTheHook) {
+    open(48000);
+    int calls = 0;
+    player->setDataCB([&](AudioQueueBuffer&, const StreamDescription&, std::int64_t) { ++calls; });
+    player->cleanUp();
+    open(48000);
+    player->play(false);
+    EXPECT_EQ(calls, 0);
+}
+
+TEST_F(AQPlayerTest, ANewPlayerBeginsWithoutDoneAndError) {
+    open(10);
+    player->play(false);
+    playOut();
+    aqData().isError = true;
+    EXPECT_TRUE(player->getIsDone());
+    open(10);
+    EXPECT_FALSE(player->getIsDone());
+    EXPECT_FALSE(player->getIsError());
+    EXPECT_EQ(player->currentTime(), 0);
 }
 
 TEST_F(AQPlayerTest, AnotherPlayerTakesOver) {
     open(48000);
     player->play(false);
     AQPlayer other(folder.file("b.wav", evenRecording(counting(10))));
-    player.reset(); // leaves the other one alone
+    player->setPosition(0.5, true); // leaves the other one alone
+    player->cleanUp();
+    player.reset();
     EXPECT_EQ(aqData().packetCount, 10U);
     other.play(false);
     EXPECT_EQ(frameNumbers(sound.pull(2)), (std::vector<int>{0, 1}));
