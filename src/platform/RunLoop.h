@@ -49,6 +49,19 @@ public:
     virtual void raise() noexcept = 0;
 };
 
+/// Has an action called on the main thread, again and again, for as long as a descriptor has
+/// something to read, was hung up or has failed. Thread: main.
+class DescriptorWatch {
+public:
+    DescriptorWatch() = default;
+    /// No call comes any more.
+    virtual ~DescriptorWatch() = default;
+    DescriptorWatch(const DescriptorWatch&) = delete;
+    DescriptorWatch& operator=(const DescriptorWatch&) = delete;
+    DescriptorWatch(DescriptorWatch&&) = delete;
+    DescriptorWatch& operator=(DescriptorWatch&&) = delete;
+};
+
 /// The event loop of the main thread: the one on which it was made. No action may throw.
 ///
 ///     RunLoop& loop = RunLoop::main();
@@ -85,6 +98,10 @@ public:
     virtual std::unique_ptr<Timer> makeTimer() = 0;
     /// `action` is called on the main thread after each raise. Thread: main.
     virtual std::unique_ptr<Signal> makeSignal(std::function<void()> action) = 0;
+    /// `action` may destroy its own watch. The descriptor stays the caller's, open for as long as
+    /// the watch exists, and has no other one. Thread: main.
+    virtual std::unique_ptr<DescriptorWatch> watchReadable(int descriptor,
+                                                           std::function<void()> action) = 0;
 };
 
 } // namespace deckmate

@@ -3,6 +3,8 @@
 #include "platform/qt/QtRunLoop.h"
 #include "support/ManualRunLoop.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -11,7 +13,10 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace deckmate {
 namespace {
@@ -39,6 +44,46 @@ bool runUntil(ManualRunLoop& loop, const std::function<bool()>& isDone) {
     }
     return isDone();
 }
+
+/// A pipe, which is what other programs hand out as a descriptor.
+class Pipe {
+public:
+    Pipe() {
+        std::array<int, 2> ends = {};
+        EXPECT_EQ(pipe(ends.data()), 0);
+        reading = ends[0];
+        writing_ = ends[1];
+    }
+    ~Pipe() {
+        close(reading);
+        hangUp();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    Pipe(Pipe&&) = delete;
+    Pipe& operator=(Pipe&&) = delete;
+
+    void put(const std::string& text) const {
+        EXPECT_EQ(write(writing_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    /// Up to so many characters of what has to be there.
+    std::string take(std::size_t most) const {
+        std::string text(most, ' ');
+        const ssize_t count = read(reading, text.data(), text.size());
+        text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        return text;
+    }
+    void hangUp() {
+        if (writing_ >= 0) {
+            close(std::exchange(writing_, -1));
+        }
+    }
+
+    int reading = -1;
+
+private:
+    int writing_ = -1;
+};
 
 template <class Loop>
 class RunLoopContract : public testing::Test {
@@ -432,6 +477,120 @@ TYPED_TEST(RunLoopContract, SignalsDontMix) {
     other->raise();
     EXPECT_TRUE(this->settle());
     EXPECT_EQ(this->calls_, Calls{"other"});
+}
+
+// Descriptors
+
+TYPED_TEST(RunLoopContract, AReadableDescriptorCalls) {
+    const Pipe pipe;
+    const auto watch =
+        this->loop_->watchReadable(pipe.reading, [&] { this->calls_.push_back(pipe.take(100)); });
+    pipe.put("news");
+    EXPECT_EQ(this->calls_, Calls{});
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"news"});
+}
+
+TYPED_TEST(RunLoopContract, ADescriptorWithNothingToReadCallsNothing) {
+    const Pipe pipe;
+    const auto watch = this->loop_->watchReadable(pipe.reading, this->noting("readable"));
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{});
+}
+
+TYPED_TEST(RunLoopContract, WhatIsLeftToReadCallsAgain) {
+    const Pipe pipe;
+    const auto watch =
+        this->loop_->watchReadable(pipe.reading, [&] { this->calls_.push_back(pipe.take(1)); });
+    pipe.put("abc");
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, (Calls{"a", "b", "c"}));
+}
+
+TYPED_TEST(RunLoopContract, WhatAnotherThreadWritesIsSeen) {
+    const Pipe pipe;
+    const auto watch =
+        this->loop_->watchReadable(pipe.reading, [&] { this->calls_.push_back(pipe.take(100)); });
+    std::thread writer([&] { pipe.put("from afar"); });
+    EXPECT_TRUE(this->runForCalls(1));
+    writer.join();
+    EXPECT_EQ(this->calls_, Calls{"from afar"});
+}
+
+TYPED_TEST(RunLoopContract, ADescriptorThatWasHungUpCalls) {
+    Pipe pipe;
+    std::unique_ptr<DescriptorWatch> watch;
+    watch = this->loop_->watchReadable(pipe.reading, [&] {
+        this->calls_.push_back("end" + pipe.take(100));
+        watch = nullptr;
+    });
+    pipe.hangUp();
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"end"});
+}
+
+TYPED_TEST(RunLoopContract, ADestroyedWatchDoesntCall) {
+    const Pipe pipe;
+    auto watch = this->loop_->watchReadable(pipe.reading, this->noting("readable"));
+    pipe.put("news");
+    watch = nullptr;
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{});
+}
+
+TYPED_TEST(RunLoopContract, AWatchMayBeDestroyedInItsOwnCall) {
+    const Pipe pipe;
+    std::unique_ptr<DescriptorWatch> watch;
+    const auto held = std::make_shared<std::string>("held by the action");
+    watch = this->loop_->watchReadable(pipe.reading, [this, &watch, held] {
+        watch = nullptr;
+        this->calls_.push_back(*held);
+    });
+    pipe.put("never read");
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"held by the action"});
+}
+
+TYPED_TEST(RunLoopContract, AWatchMayDestroyAnotherThatIsReadable) {
+    const Pipe first;
+    const Pipe second;
+    std::unique_ptr<DescriptorWatch> one;
+    std::unique_ptr<DescriptorWatch> other;
+    one = this->loop_->watchReadable(first.reading, [&] {
+        this->calls_.push_back(first.take(100));
+        other = nullptr;
+    });
+    other = this->loop_->watchReadable(second.reading, [&] {
+        this->calls_.push_back(second.take(100));
+        one = nullptr;
+    });
+    first.put("called");
+    second.put("called");
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"called"});
+}
+
+TYPED_TEST(RunLoopContract, WatchesDontMix) {
+    const Pipe first;
+    const Pipe second;
+    const auto one = this->loop_->watchReadable(
+        first.reading, [&] { this->calls_.push_back("one " + first.take(100)); });
+    const auto other = this->loop_->watchReadable(
+        second.reading, [&] { this->calls_.push_back("other " + second.take(100)); });
+    second.put("news");
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"other news"});
+}
+
+TYPED_TEST(RunLoopContract, ADescriptorMayBeWatchedAnew) {
+    const Pipe pipe;
+    auto watch = this->loop_->watchReadable(pipe.reading, this->noting("first"));
+    watch = nullptr;
+    watch =
+        this->loop_->watchReadable(pipe.reading, [&] { this->calls_.push_back(pipe.take(100)); });
+    pipe.put("second");
+    EXPECT_TRUE(this->settle());
+    EXPECT_EQ(this->calls_, Calls{"second"});
 }
 
 } // namespace

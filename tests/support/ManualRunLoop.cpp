@@ -8,6 +8,8 @@
 #include <tuple>
 #include <utility>
 
+#include <poll.h>
+
 namespace deckmate::test {
 
 namespace {
@@ -112,6 +114,42 @@ private:
     static_assert(std::atomic<bool>::is_always_lock_free);
 };
 
+class ManualRunLoop::ManualWatch final : public DescriptorWatch {
+public:
+    ManualWatch(ManualRunLoop& loop, int descriptor, std::function<void()> action)
+        : loop_(loop), descriptor_(descriptor),
+          action_(std::make_shared<const std::function<void()>>(std::move(action))) {
+        for (const ManualWatch* other : loop_.watches_) {
+            if (other->descriptor_ == descriptor) {
+                misuse("two watches of one descriptor");
+            }
+        }
+        loop_.watches_.push_back(this);
+    }
+    ~ManualWatch() override {
+        loop_.expectMainThread("watch destroyed");
+        std::erase(loop_.watches_, this);
+    }
+    ManualWatch(const ManualWatch&) = delete;
+    ManualWatch& operator=(const ManualWatch&) = delete;
+    ManualWatch(ManualWatch&&) = delete;
+    ManualWatch& operator=(ManualWatch&&) = delete;
+
+    bool isReadable() const {
+        pollfd asked = {.fd = descriptor_, .events = POLLIN, .revents = 0};
+        return poll(&asked, 1, 0) == 1;
+    }
+    void call() {
+        const auto action = action_; // held here, because it may destroy this
+        (*action)();
+    }
+
+private:
+    ManualRunLoop& loop_;
+    const int descriptor_;
+    std::shared_ptr<const std::function<void()>> action_;
+};
+
 ManualRunLoop::ManualRunLoop()
     : queue_([this] {
           const std::lock_guard guard(lock_);
@@ -120,8 +158,8 @@ ManualRunLoop::ManualRunLoop()
       }) {}
 
 ManualRunLoop::~ManualRunLoop() {
-    if (!timers_.empty() || !signals_.empty()) {
-        misuse("destroyed before its timers and signals");
+    if (!timers_.empty() || !signals_.empty() || !watches_.empty()) {
+        misuse("destroyed before its timers, signals and watches");
     }
     queue_.close();
     runBackgroundWork();
@@ -164,6 +202,12 @@ std::unique_ptr<Signal> ManualRunLoop::makeSignal(std::function<void()> action) 
     return std::make_unique<ManualSignal>(*this, std::move(action));
 }
 
+std::unique_ptr<DescriptorWatch> ManualRunLoop::watchReadable(int descriptor,
+                                                              std::function<void()> action) {
+    expectMainThread("watch made");
+    return std::make_unique<ManualWatch>(*this, descriptor, std::move(action));
+}
+
 bool ManualRunLoop::runOnePending() {
     const std::vector<ManualSignal*> signals = signals_;
     for (ManualSignal* signal : signals) {
@@ -173,7 +217,19 @@ bool ManualRunLoop::runOnePending() {
             return true;
         }
     }
-    return queue_.runOne();
+    return queue_.runOne() || callOneWatch();
+}
+
+bool ManualRunLoop::callOneWatch() {
+    const auto readable =
+        std::find_if(watches_.begin(), watches_.end(),
+                     [](const ManualWatch* watch) { return watch->isReadable(); });
+    if (readable == watches_.end()) {
+        return false;
+    }
+    std::rotate(readable, readable + 1, watches_.end());
+    watches_.back()->call();
+    return true;
 }
 
 void ManualRunLoop::runPending() {

@@ -26,9 +26,10 @@ namespace deckmate::test {
 ///     loop.advance(std::chrono::seconds(2));
 ///     EXPECT_TRUE(device.hasTimedOut());
 ///
-/// Misuse ends the program with a line that names it: timers and signals made, started or destroyed
-/// on another thread than the main one, an interval that isn't positive, timers and signals that
-/// outlive the loop (and could be raised then), queued work that never ends.
+/// Misuse ends the program with a line that names it: timers, signals and watches made, started or
+/// destroyed on another thread than the main one, an interval that isn't positive, timers, signals
+/// and watches that outlive the loop, two watches of one descriptor, queued work that never ends
+/// (as does an action that doesn't read what made its descriptor readable).
 class ManualRunLoop final : public RunLoop {
 public:
     ManualRunLoop();
@@ -45,9 +46,12 @@ public:
     void runInBackground(std::function<void()> action) override;
     std::unique_ptr<Timer> makeTimer() override;
     std::unique_ptr<Signal> makeSignal(std::function<void()> action) override;
+    std::unique_ptr<DescriptorWatch> watchReadable(int descriptor,
+                                                   std::function<void()> action) override;
 
     /// Runs what was queued by runLater, runAndWait and raise, and what these queue in turn:
-    /// signals first, in the order in which they were made. Thread: main.
+    /// signals first, in the order in which they were made; actions of readable descriptors when
+    /// nothing else is left. Thread: main.
     void runPending();
     /// Moves the time on, firing each timer at its time: earliest first, then the one started
     /// first. What is queued is run before, in between and afterwards. Thread: main.
@@ -72,16 +76,19 @@ public:
 private:
     class ManualTimer;
     class ManualSignal;
+    class ManualWatch;
 
     void expectMainThread(const char* what) const;
     ManualTimer* nextTimer() const;
     bool runOnePending();
+    bool callOneWatch();
 
     std::thread::id mainThread_ = std::this_thread::get_id();
     TimerClock::time_point now_;
     std::uint64_t starts_ = 0;
     std::vector<ManualTimer*> timers_;   ///< all that exist
     std::vector<ManualSignal*> signals_; ///< all that exist, in their order
+    std::vector<ManualWatch*> watches_;  ///< all that exist; the one that was called last is last
 
     std::mutex lock_;
     std::condition_variable somethingNew_;

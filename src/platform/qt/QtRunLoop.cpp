@@ -144,6 +144,21 @@ private:
     std::shared_ptr<const std::function<void()>> action_; ///< null if no call will come
 };
 
+class QtDescriptorWatch final : public DescriptorWatch {
+public:
+    QtDescriptorWatch(int descriptor, std::function<void()> action)
+        : notifier_(descriptor, QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated,
+                         [held = std::make_shared<const std::function<void()>>(std::move(action))] {
+                             const auto called = held; // because the action may destroy this watch
+                             (*called)();
+                         });
+    }
+
+private:
+    QSocketNotifier notifier_;
+};
+
 /// Qt keeps references to both arguments for as long as the application exists.
 std::unique_ptr<QCoreApplication> applicationIfNone() {
     static int count = 1;
@@ -200,6 +215,11 @@ std::unique_ptr<Timer> QtRunLoop::makeTimer() {
 
 std::unique_ptr<Signal> QtRunLoop::makeSignal(std::function<void()> action) {
     return std::make_unique<QtSignal>(std::move(action));
+}
+
+std::unique_ptr<DescriptorWatch> QtRunLoop::watchReadable(int descriptor,
+                                                          std::function<void()> action) {
+    return std::make_unique<QtDescriptorWatch>(descriptor, std::move(action));
 }
 
 bool QtRunLoop::runUntil(const std::function<bool()>& isDone, milliseconds limit) {

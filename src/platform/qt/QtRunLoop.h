@@ -20,7 +20,8 @@ class QtRunLoop final : public RunLoop {
 public:
     QtRunLoop();
     /// Drops what has yet to run on the main thread; who waits for that goes on without it. Then
-    /// waits for the work in the background, all of which is done. Timers and signals go before.
+    /// waits for the work in the background, all of which is done. Timers, signals and
+    /// watches go before.
     ~QtRunLoop() override;
     QtRunLoop(const QtRunLoop&) = delete;
     QtRunLoop& operator=(const QtRunLoop&) = delete;
@@ -33,6 +34,8 @@ public:
     void runInBackground(std::function<void()> action) override;
     std::unique_ptr<Timer> makeTimer() override;
     std::unique_ptr<Signal> makeSignal(std::function<void()> action) override;
+    std::unique_ptr<DescriptorWatch> watchReadable(int descriptor,
+                                                   std::function<void()> action) override;
 
     /// Handles events until `isDone` holds, which is asked after each of them and some hundred
     /// times a second; NO if it doesn't hold when `limit` is over. For tests and tools. Thread:

@@ -123,7 +123,12 @@ TEST_F(ManualRunLoopDeathTest, ASignalThatOutlivesTheLoopIsMisuse) {
             auto signal = loop_.makeSignal([] {});
             loop_.~ManualRunLoop();
         },
-        "destroyed before its timers and signals");
+        "destroyed before its timers, signals and watches");
+}
+
+TEST_F(ManualRunLoopDeathTest, TwoWatchesOfOneDescriptorAreMisuse) {
+    const auto watch = loop_.watchReadable(0, [] {});
+    EXPECT_DEATH(loop_.watchReadable(0, [] {}), "two watches of one descriptor");
 }
 
 TEST_F(ManualRunLoopDeathTest, QueuedWorkThatNeverEndsIsMisuse) {
