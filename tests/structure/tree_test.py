@@ -21,7 +21,7 @@ HOMES = {
 }
 
 # From the bottom up; a layer may include the ones before it.
-LAYERS = ["recording", "export", "platform", "services", "playback"]
+LAYERS = ["recording", "export", "platform", "services", "device", "playback"]
 
 LONGEST_SOURCE = 600
 

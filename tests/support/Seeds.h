@@ -17,4 +17,8 @@ struct Seed {
 
 std::vector<Seed> seeds();
 
+/// What recorder and cable do, as steps for the fuzzer of the link to the device; "accepted" or
+/// "ignored".
+std::vector<Seed> deviceSeeds();
+
 } // namespace deckmate::test
