@@ -1,4 +1,4 @@
-"""What the tests of h8-decode and h8-sample share: folders, runs of the tools, recordings."""
+"""What the tests of the tools share: folders, runs of the tools, recordings."""
 
 import ctypes
 import os

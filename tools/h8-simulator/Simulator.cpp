@@ -43,7 +43,7 @@ void Simulator::sendWaiting(std::optional<Bundle> waiting) {
     }
 }
 
-void Simulator::sendBytes(ByteView bytes, std::string_view what) {
+void Simulator::sendBytes(ByteView bytes, std::string_view what) const {
     trace("->", bytes, what);
     if (!outside_.send(bytes)) {
         remark("not sent");
@@ -58,7 +58,7 @@ void Simulator::sendGarbage(std::size_t count) {
     sendBytes(bytes, "garbage");
 }
 
-void Simulator::printStatus() {
+void Simulator::printStatus() const {
     const RecorderState& state = recorder_.state();
     const auto& [hours, minutes, seconds] = state.remaining;
     std::array<char, 16> remaining = {};
@@ -76,7 +76,7 @@ void Simulator::printStatus() {
     remark("faults " + faults_.description());
 }
 
-void Simulator::remark(const std::string& text) {
+void Simulator::remark(const std::string& text) const {
     printTimed("-- " + text);
 }
 
@@ -97,7 +97,7 @@ void Simulator::sendLater(Bundle bundle) {
     });
 }
 
-void Simulator::sendNow(const Bundle& bundle) {
+void Simulator::sendNow(const Bundle& bundle) const {
     Bytes bytes;
     for (const Outgoing& message : bundle) {
         bytes.insert(bytes.end(), message.bytes.begin(), message.bytes.end());
@@ -117,11 +117,11 @@ void Simulator::sendNow(const Bundle& bundle) {
     }
 }
 
-void Simulator::trace(std::string_view arrow, ByteView bytes, std::string_view meaning) {
+void Simulator::trace(std::string_view arrow, ByteView bytes, std::string_view meaning) const {
     printTimed(std::string(arrow) + " " + hexOf(bytes) + "   " + std::string(meaning));
 }
 
-void Simulator::printTimed(const std::string& text) {
+void Simulator::printTimed(const std::string& text) const {
     const auto milliseconds =
         std::chrono::floor<std::chrono::milliseconds>(outside_.time()).count();
     std::array<char, 32> stamp = {};

@@ -49,14 +49,14 @@ public:
     /// Sends messages that waited, if there are any.
     void sendWaiting(std::optional<Bundle> waiting);
     /// At once, as they are, whatever faults there are.
-    void sendBytes(ByteView bytes, std::string_view what);
+    void sendBytes(ByteView bytes, std::string_view what) const;
     /// Random bytes; the same ones after the same seed.
     void sendGarbage(std::size_t count);
     void seed(std::uint32_t seed) { random_.seed(seed); }
     /// Prints settings and faults, one remark for each, in the words of the commands.
-    void printStatus();
-    void remark(const std::string& text);
-    void leave(const std::string& reason) { outside_.leave(reason); }
+    void printStatus() const;
+    void remark(const std::string& text) const;
+    void leave(const std::string& reason) const { outside_.leave(reason); }
 
 private:
     struct Waiting {
@@ -65,9 +65,9 @@ private:
     };
 
     void sendLater(Bundle bundle);
-    void sendNow(const Bundle& bundle);
-    void trace(std::string_view arrow, ByteView bytes, std::string_view meaning);
-    void printTimed(const std::string& text);
+    void sendNow(const Bundle& bundle) const;
+    void trace(std::string_view arrow, ByteView bytes, std::string_view meaning) const;
+    void printTimed(const std::string& text) const;
 
     RunLoop& loop_;
     Outside outside_;

@@ -6,6 +6,7 @@
 #include "platform/MidiDevice.h"
 #include "platform/qt/QtRunLoop.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -13,10 +14,13 @@
 #include <csignal>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <variant>
+#include <vector>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -25,6 +29,7 @@ using namespace deckmate;
 using namespace deckmate::tools;
 
 std::atomic<Signal*> interruption = nullptr;
+std::atomic<bool> isInterrupted = false;
 
 /// SIGINT and SIGTERM raise a signal of the main loop for as long as this exists. Calls that wait,
 /// like a write to a full pipe, are interrupted.
@@ -34,6 +39,7 @@ public:
         interruption = signal_.get();
         handle([](int /*number*/) {
             const int error = errno;
+            isInterrupted = true;
             if (Signal* raised = interruption) {
                 raised->raise();
             }
@@ -59,6 +65,24 @@ private:
 
     std::unique_ptr<Signal> signal_;
 };
+
+/// Waits for a reader that is slow, but not for one that is gone, nor at an interrupt.
+void printLine(const std::string& line) {
+    const std::string text = line + "\n";
+    std::string_view left = text;
+    while (!left.empty()) {
+        pollfd output = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
+        const int ready = poll(&output, 1, isInterrupted ? 0 : -1);
+        if (ready == 0) {
+            return;
+        }
+        const ssize_t written = ready == 1 ? write(STDOUT_FILENO, left.data(), left.size()) : ready;
+        if (written < 0 && errno != EINTR && errno != EAGAIN) {
+            return;
+        }
+        left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+}
 
 void printError(const std::string& error) {
     std::fprintf(stderr, "h8-simulator: %s\n", error.c_str());
@@ -86,11 +110,7 @@ private:
     Simulator::Outside outside() {
         return {
             .send = [this](ByteView bytes) { return device_ == nullptr || device_->send(bytes); },
-            .print =
-                [](const std::string& line) {
-                    std::fputs((line + "\n").c_str(), stdout);
-                    std::fflush(stdout);
-                },
+            .print = printLine,
             .time =
                 [begin = std::chrono::steady_clock::now()] {
                     return std::chrono::steady_clock::now() - begin;
