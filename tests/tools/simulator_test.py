@@ -1,10 +1,14 @@
 """h8-simulator without any MIDI: what it prints, takes from standard input, and how it ends."""
 
+import array
+import fcntl
+import mmap
 import os
 import random
 import re
 import signal
 import subprocess
+import termios
 import threading
 import time
 import unittest
@@ -12,6 +16,7 @@ import unittest
 from support import PATIENCE, ToolTest, run
 
 SIMULATOR = os.environ["H8_SIMULATOR"]
+PAGE = mmap.PAGESIZE
 
 IDENTITY_REQUEST = "in F0 7E 00 06 01 F7"
 IDENTITY = ("-> F0 7E 00 06 02 52 00 00 00 30 31 30 30 00 F7"
@@ -280,23 +285,21 @@ class Ends(ToolTest):
         self.assertEqual(simulator.process.wait(PATIENCE), 0)
 
     def test_interrupt_ends_it_while_nobody_reads_its_lines(self):
-        simulator = Running(self, "--do", "report every 0.001", "--daemon")
+        simulator = Running(self, "--do", "report every 0.001", pipesize=2 * PAGE)
         simulator.wait_for("ready")
-        wait_until_blocked(simulator.process)
+        wait_until_full(simulator.process.stdout)
         simulator.process.terminate()
         self.assertEqual(simulator.process.wait(PATIENCE), 0)
 
 
-def wait_until_blocked(process):
-    """Until it sleeps in a write to a full pipe; as the kernel tells."""
+def wait_until_full(pipe):
+    """Until both pages of a pipe are in use."""
     end = time.monotonic() + PATIENCE
-    while time.monotonic() < end:
-        with open(f"/proc/{process.pid}/syscall", encoding="ascii") as file:
-            call = file.read().split()
-        if call[:2] == ["1", "0x1"]:
-            return
+    unread = array.array("i", [0])
+    while unread[0] <= PAGE:
+        assert time.monotonic() < end, f"{unread[0]} bytes wait"
         time.sleep(0.01)
-    raise AssertionError("never blocked")
+        fcntl.ioctl(pipe, termios.FIONREAD, unread)
 
 
 class Usage(ToolTest):

@@ -66,14 +66,17 @@ private:
     std::unique_ptr<Signal> signal_;
 };
 
+// An interrupt between being asked for and waiting would go unnoticed.
+constexpr int lookAgain = 500; // milliseconds
+
 /// Waits for a reader that is slow, but not for one that is gone, nor at an interrupt.
 void printLine(const std::string& line) {
     const std::string text = line + "\n";
     std::string_view left = text;
     while (!left.empty()) {
         pollfd output = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
-        const int ready = poll(&output, 1, isInterrupted ? 0 : -1);
-        if (ready == 0) {
+        const int ready = poll(&output, 1, isInterrupted ? 0 : lookAgain);
+        if (ready == 0 && isInterrupted) {
             return;
         }
         const ssize_t written = ready == 1 ? write(STDOUT_FILENO, left.data(), left.size()) : ready;
