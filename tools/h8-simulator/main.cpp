@@ -2,16 +2,15 @@
 #include "LineReader.h"
 #include "Options.h"
 #include "Simulator.h"
+#include "common/Interruptible.h"
 #include "common/Process.h"
 #include "platform/MidiDevice.h"
 #include "platform/qt/QtRunLoop.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -28,44 +27,6 @@ namespace {
 using namespace deckmate;
 using namespace deckmate::tools;
 
-std::atomic<Signal*> interruption = nullptr;
-std::atomic<bool> isInterrupted = false;
-
-/// SIGINT and SIGTERM raise a signal of the main loop for as long as this exists. Calls that wait,
-/// like a write to a full pipe, are interrupted.
-class Interruptible {
-public:
-    explicit Interruptible(std::unique_ptr<Signal> signal) : signal_(std::move(signal)) {
-        interruption = signal_.get();
-        handle([](int /*number*/) {
-            const int error = errno;
-            isInterrupted = true;
-            if (Signal* raised = interruption) {
-                raised->raise();
-            }
-            errno = error;
-        });
-    }
-    ~Interruptible() {
-        handle(SIG_DFL);
-        interruption = nullptr;
-    }
-    Interruptible(const Interruptible&) = delete;
-    Interruptible& operator=(const Interruptible&) = delete;
-    Interruptible(Interruptible&&) = delete;
-    Interruptible& operator=(Interruptible&&) = delete;
-
-private:
-    static void handle(void (*handler)(int number)) {
-        struct sigaction action = {};
-        action.sa_handler = handler;
-        sigaction(SIGINT, &action, nullptr);
-        sigaction(SIGTERM, &action, nullptr);
-    }
-
-    std::unique_ptr<Signal> signal_;
-};
-
 // An interrupt between being asked for and waiting would go unnoticed.
 constexpr int lookAgain = 500; // milliseconds
 
@@ -75,8 +36,8 @@ void printLine(const std::string& line) {
     std::string_view left = text;
     while (!left.empty()) {
         pollfd output = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
-        const int ready = poll(&output, 1, isInterrupted ? 0 : lookAgain);
-        if (ready == 0 && isInterrupted) {
+        const int ready = poll(&output, 1, Interruptible::isInterrupted() ? 0 : lookAgain);
+        if (ready == 0 && Interruptible::isInterrupted()) {
             return;
         }
         const ssize_t written = ready == 1 ? write(STDOUT_FILENO, left.data(), left.size()) : ready;
@@ -104,7 +65,8 @@ public:
             command.run(simulator_);
         }
         input_ = loop_.watchReadable(STDIN_FILENO, [this] { readInput(); });
-        while (!loop_.runUntil([this] { return isDone_; }, std::chrono::hours(1))) {
+        if (!isDone_) {
+            loop_.run();
         }
         return allDone;
     }
@@ -146,6 +108,7 @@ private:
         if (!isDone_) {
             simulator_.remark("end: " + reason);
             isDone_ = true;
+            loop_.quit();
         }
     }
 

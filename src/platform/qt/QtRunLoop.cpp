@@ -222,6 +222,14 @@ std::unique_ptr<DescriptorWatch> QtRunLoop::watchReadable(int descriptor,
     return std::make_unique<QtDescriptorWatch>(descriptor, std::move(action));
 }
 
+void QtRunLoop::run() {
+    QCoreApplication::exec();
+}
+
+void QtRunLoop::quit() {
+    QCoreApplication::quit();
+}
+
 bool QtRunLoop::runUntil(const std::function<bool()>& isDone, milliseconds limit) {
     const auto end = dueAfter(TimerClock::now(), std::min(limit, longestLimit));
     QTimer ask; // what other threads change comes without an event

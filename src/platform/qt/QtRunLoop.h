@@ -37,6 +37,10 @@ public:
     std::unique_ptr<DescriptorWatch> watchReadable(int descriptor,
                                                    std::function<void()> action) override;
 
+    /// Handles events until quit(), and sleeps in between. Thread: main.
+    void run();
+    /// Ends run(), which is under way. Thread: main.
+    void quit();
     /// Handles events until `isDone` holds, which is asked after each of them and some hundred
     /// times a second; NO if it doesn't hold when `limit` is over. For tests and tools. Thread:
     /// main.
