@@ -72,7 +72,7 @@ protected:
     void closePort(MidiRef port) override {
         sequencer_->deletePort(numbers_.at(port));
         numbers_.erase(port);
-        std::erase_if(routes_, [port](const auto& route) { return route.first.port == port; });
+        std::erase_if(routes_, [port](const auto& route) { return route.first.first == port; });
     }
 
     MidiStatus connect(MidiRef port, MidiRef source) override {
@@ -112,12 +112,7 @@ private:
     static constexpr unsigned inputCapabilities = sequencerPort::canWrite | sequencerPort::noExport;
     static constexpr unsigned outputCapabilities = sequencerPort::canRead | sequencerPort::noExport;
 
-    struct Route {
-        MidiRef port = 0;
-        MidiRef destination = 0;
-
-        auto operator<=>(const Route&) const = default;
-    };
+    using Route = std::pair<MidiRef, MidiRef>; ///< port and destination
 
     static MidiRef at(const std::vector<MidiRef>& refs, std::size_t index) {
         return index < refs.size() ? refs[index] : 0;
@@ -173,7 +168,9 @@ private:
             }
         }
         for (const auto& [route, output] : routes_) {
-            sequencer_->connectTo(numbers_.at(route.port), *state_.addressOf(route.destination));
+            if (const auto address = state_.addressOf(route.second)) {
+                sequencer_->connectTo(numbers_.at(route.first), *address);
+            }
         }
         tell(changes);
     }
@@ -188,7 +185,7 @@ private:
             if (change.notice == MidiNotice::objectRemoved) {
                 forgetEndpoint(change.endpoint);
                 std::erase_if(routes_, [&change](const auto& route) {
-                    return route.first.destination == change.endpoint;
+                    return route.first.second == change.endpoint;
                 });
             }
         }

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace deckmate {
@@ -22,7 +23,11 @@ public:
     RawMidiDevice(int descriptor, Reader reader, Gone gone)
         : descriptor_(descriptor), reader_(std::make_shared<const Reader>(std::move(reader))),
           gone_(std::move(gone)),
-          watch_(RunLoop::main().watchReadable(descriptor, [this] { take(); })) {}
+          watch_(RunLoop::main().watchReadable(descriptor, [this] { take(); })) {
+        // The kernel drops what arrives before somebody asks for it for the first time.
+        pollfd asked = {.fd = descriptor, .events = POLLIN, .revents = 0};
+        poll(&asked, 1, 0);
+    }
     ~RawMidiDevice() override {
         watch_ = nullptr;
         close(descriptor_);

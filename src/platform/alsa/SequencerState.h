@@ -3,12 +3,12 @@
 
 #include "platform/Midi.h"
 
-#include <compare>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace deckmate {
@@ -18,7 +18,10 @@ struct SequencerAddress {
     int client = 0;
     int port = 0;
 
-    auto operator<=>(const SequencerAddress&) const = default;
+    bool operator==(const SequencerAddress&) const = default;
+    bool operator<(const SequencerAddress& other) const {
+        return std::tie(client, port) < std::tie(other.client, other.port);
+    }
 };
 
 /// What a port can do: the bits of the sequencer's port capabilities that count here.
