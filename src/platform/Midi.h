@@ -25,7 +25,8 @@ enum MidiError : MidiStatus {
     midiSendFailed = -3,    ///< some or all of the message didn't leave
 };
 
-/// What a client hears of. Only endpoints of other programs and devices count.
+/// What a client hears of: of each endpoint of another program or device that comes or goes. At the
+/// first notice of a device all of its endpoints have come or gone.
 enum class MidiNotice : std::int32_t {
     setupChanged = 1,
     objectAdded = 2,
@@ -92,10 +93,11 @@ public:
     /// Nothing is received from the port any more, not even what has arrived already.
     virtual MidiStatus disposePort(MidiRef port) = 0;
 
-    /// Never waits for the receiver.
+    /// Never waits for the receiver. A device that is too slow for all of it may lose the rest
+    /// without a failure: some 4 kilobytes at a time are safe.
     virtual MidiStatus send(MidiRef port, MidiRef destination, const MIDIPacketList& packets) = 0;
     virtual MidiStatus send(MidiRef port, MidiRef destination, const MIDIEventList& events) = 0;
-    /// Drops what was sent to the endpoint, or is to arrive from it, and is still on its way.
+    /// Drops what was sent to the endpoint and has not left this program.
     virtual MidiStatus flushOutput(MidiRef endpoint) = 0;
 };
 

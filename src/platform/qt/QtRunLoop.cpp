@@ -147,15 +147,16 @@ private:
 class QtDescriptorWatch final : public DescriptorWatch {
 public:
     QtDescriptorWatch(int descriptor, std::function<void()> action)
-        : notifier_(descriptor, QSocketNotifier::Read) {
-        QObject::connect(&notifier_, &QSocketNotifier::activated,
-                         [held = std::make_shared<const std::function<void()>>(std::move(action))] {
-                             const auto called = held; // because the action may destroy this watch
-                             (*called)();
-                         });
+        : action_(std::make_shared<const std::function<void()>>(std::move(action))),
+          notifier_(descriptor, QSocketNotifier::Read) {
+        QObject::connect(&notifier_, &QSocketNotifier::activated, [this] {
+            const auto called = action_; // held here, because it may destroy this watch
+            (*called)();
+        });
     }
 
 private:
+    std::shared_ptr<const std::function<void()>> action_;
     QSocketNotifier notifier_;
 };
 
