@@ -189,7 +189,7 @@ void MIDIManager::send(std::span<const std::uint8_t> bytes) {
     }
 }
 
-void MIDIManager::sendForMacOS11(std::span<const std::uint8_t> bytes) {
+void MIDIManager::sendForMacOS11(std::span<const std::uint8_t> bytes) const {
     Midi& midi = Midi::current();
     const std::optional<std::vector<GLPacket>> packets = MIDICommon::convertByteToPacket(bytes);
     if (!midi.hasEventLists() || !packets) {

@@ -77,7 +77,7 @@ public:
     /// Sends a whole message, in whichever form the MIDI system takes. Whether it arrived shows by
     /// the reply.
     void send(std::span<const std::uint8_t> bytes);
-    void sendForMacOS11(std::span<const std::uint8_t> bytes);
+    void sendForMacOS11(std::span<const std::uint8_t> bytes) const;
     void sendForMacOS10(std::span<const std::uint8_t> bytes);
     void receiveForMacOS11(const MIDIEventList& events);
 

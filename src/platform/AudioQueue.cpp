@@ -205,7 +205,7 @@ struct AudioQueue::State final : SoundNewsReader, std::enable_shared_from_this<S
         lingeringEnd->startOnce(lingeringTime, [this] { lingering.reset(); });
     }
 
-    void need(Buffer& buffer) {
+    void need(Buffer& buffer) const {
         buffer.isQueued = false;
         bufferNeeded(buffer);
     }

@@ -236,7 +236,7 @@ TYPED_TEST(RunLoopContract, BackgroundWorkRunsOnAnotherThread) {
 TYPED_TEST(RunLoopContract, BackgroundWorkBringsItsResultToTheMainThread) {
     int shown = 0;
     this->loop_->runInBackground([&] {
-        const int found = 42;
+        int found = 42;
         this->loop_->runLater([&shown, found] { shown = found; });
     });
     EXPECT_TRUE(runUntil(*this->loop_, [&] { return shown != 0; }));
