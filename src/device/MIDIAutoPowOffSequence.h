@@ -1,21 +1,17 @@
 // Tells the recorder when to switch itself off.
 #pragma once
 
-#include "device/MIDISequenceBase.h"
+#include "device/MIDISettingSequence.h"
 
 #include <cstdint>
 
 namespace deckmate {
 
-class MIDIAutoPowOffSequence final : public MIDIStepSequence {
+class MIDIAutoPowOffSequence final : public MIDISettingSequence {
 public:
-    explicit MIDIAutoPowOffSequence(std::uint8_t param) : param_(param) {}
-
-    void startSequence() override;
-    void receivedMidi(std::span<const std::uint8_t> message) override;
-
-private:
-    std::uint8_t param_; ///< 1, 2, 3 for the first three items of the menu, 0 for the fourth
+    /// `param`: 1, 2, 3 for the first three items of the menu, 0 for the fourth.
+    explicit MIDIAutoPowOffSequence(std::uint8_t param)
+        : MIDISettingSequence({0x02, 0x11, "CONTROL_SEQUENCE_APO_CHG_REQ"}, param) {}
 };
 
 } // namespace deckmate

@@ -1,21 +1,17 @@
 // Tells the recorder which batteries it runs on.
 #pragma once
 
-#include "device/MIDISequenceBase.h"
+#include "device/MIDISettingSequence.h"
 
 #include <cstdint>
 
 namespace deckmate {
 
-class MIDIBatteryTypeSequence final : public MIDIStepSequence {
+class MIDIBatteryTypeSequence final : public MIDISettingSequence {
 public:
-    explicit MIDIBatteryTypeSequence(std::uint8_t param) : param_(param) {}
-
-    void startSequence() override;
-    void receivedMidi(std::span<const std::uint8_t> message) override;
-
-private:
-    std::uint8_t param_; ///< the index of the menu's item
+    /// `param`: the index of the menu's item.
+    explicit MIDIBatteryTypeSequence(std::uint8_t param)
+        : MIDISettingSequence({0x01, 0x10, "CONTROL_SEQUENCE_BT_CHG_REQ"}, param) {}
 };
 
 } // namespace deckmate
