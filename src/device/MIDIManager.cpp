@@ -21,12 +21,6 @@ bool isDevice(MidiRef endpoint) {
     return NameOfEndpoint(endpoint).starts_with(deviceName);
 }
 
-std::uint64_t hostTime() {
-    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::nanoseconds>(sinceStart).count());
-}
-
 } // namespace
 
 std::string NameOfEndpoint(MidiRef endpoint) {
@@ -208,7 +202,7 @@ void MIDIManager::sendForMacOS10(std::span<const std::uint8_t> bytes) {
     MIDIPacketList list(packetBuffer_);
     while (!bytes.empty()) {
         const auto piece = bytes.first(std::min(bytes.size(), MIDIPacket::mostBytes));
-        list.add(hostTime(), piece);
+        list.add(midiTimeStamp(), piece);
         bytes = bytes.subspan(piece.size());
     }
     Midi::current().send(writePort_, write_endpoint_, list);

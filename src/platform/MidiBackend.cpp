@@ -1,7 +1,6 @@
 #include "platform/MidiBackend.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace deckmate {
@@ -25,11 +24,6 @@ void deliverPackets(const Midi::PacketReader& reader, std::span<const std::uint8
 }
 
 } // namespace
-
-std::uint64_t midiTimeStamp() {
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint64_t>(std::chrono::nanoseconds(now).count());
-}
 
 MidiRef MidiBackend::createClient(std::string_view name, NoticeReader reader) {
     named(name);

@@ -93,7 +93,4 @@ private:
     std::map<MidiRef, std::shared_ptr<Port>> ports_; ///< shared with a call to its reader
 };
 
-/// Nanoseconds of the monotonic clock, as packets are stamped with.
-std::uint64_t midiTimeStamp();
-
 } // namespace deckmate

@@ -1,6 +1,7 @@
 #include "platform/MidiPackets.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 namespace deckmate {
@@ -11,6 +12,11 @@ constexpr std::size_t stampBytes = sizeof(std::uint64_t);
 constexpr std::size_t headerBytes = stampBytes + sizeof(std::uint16_t);
 
 } // namespace
+
+std::uint64_t midiTimeStamp() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds(now).count());
+}
 
 bool MIDIPacketList::add(std::uint64_t timeStamp, std::span<const std::uint8_t> data) {
     if (data.size() > MIDIPacket::mostBytes || room_.size() - used_ < headerBytes + data.size()) {

@@ -9,6 +9,9 @@
 
 namespace deckmate {
 
+/// Nanoseconds of the monotonic clock, as packets are stamped with.
+std::uint64_t midiTimeStamp();
+
 /// Bytes of one or more MIDI 1.0 messages, or of a piece of a System Exclusive one.
 struct MIDIPacket {
     static constexpr std::size_t mostBytes = 256;
