@@ -162,25 +162,28 @@ std::optional<int> SequencerClient::createPort(const std::string& name, unsigned
     const PortInfo info;
     for (int tries = 0; info.get() != nullptr && tries < portNumbers; ++tries) {
         lastPort_ = (lastPort_ + 1) % portNumbers;
+        if (ports_.contains(lastPort_)) {
+            continue;
+        }
         snd_seq_port_info_set_port(info.get(), lastPort_);
         snd_seq_port_info_set_port_specified(info.get(), 1);
         snd_seq_port_info_set_name(info.get(), name.c_str());
         snd_seq_port_info_set_capability(info.get(), capabilities);
         snd_seq_port_info_set_type(info.get(),
                                    SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION);
-        const int status = snd_seq_create_port(sequencer_.get(), info.get());
-        if (status >= 0) {
-            return snd_seq_port_info_get_port(info.get());
-        }
-        if (status != -EBUSY) {
+        if (snd_seq_create_port(sequencer_.get(), info.get()) < 0) {
             break;
         }
+        const int port = snd_seq_port_info_get_port(info.get());
+        ports_.insert(port);
+        return port;
     }
     return std::nullopt;
 }
 
 void SequencerClient::deletePort(int port) {
     snd_seq_delete_port(sequencer_.get(), port);
+    ports_.erase(port);
 }
 
 bool SequencerClient::connectToAnnouncements(int port) {
@@ -304,6 +307,10 @@ void SequencerClient::handle(const snd_seq_event_t& event, const SequencerHandle
 
 std::vector<std::uint8_t> SequencerClient::bytesOf(const snd_seq_event_t& event) {
     if (event.type == SND_SEQ_EVENT_SYSEX) {
+        // Another length would come with a pointer into the sender's memory.
+        if ((event.flags & SND_SEQ_EVENT_LENGTH_MASK) != SND_SEQ_EVENT_LENGTH_VARIABLE) {
+            return {};
+        }
         const auto* const data = static_cast<const std::uint8_t*>(event.data.ext.ptr);
         return {data, data + event.data.ext.len};
     }

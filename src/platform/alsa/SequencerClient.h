@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -111,6 +112,7 @@ private:
     std::unique_ptr<snd_midi_event_t, Free> decoder_;
     int descriptor_ = -1;
     int lastPort_ = -1;
+    std::set<int> ports_; ///< older kernels would make a second port of the same number
     bool isGone_ = false;
     std::shared_ptr<const SequencerHandlers> handlers_; ///< shared with a call to them
     std::unique_ptr<DescriptorWatch> watch_;
