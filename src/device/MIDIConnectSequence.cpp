@@ -58,6 +58,7 @@ bool isAwaited(std::uint64_t step, Bytes message) {
 std::tm localNow() {
     const std::time_t now = std::time(nullptr);
     std::tm local = {};
+    tzset(); // localtime_r alone may go on using a time zone that has changed since
     localtime_r(&now, &local);
     return local;
 }

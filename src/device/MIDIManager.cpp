@@ -42,11 +42,12 @@ MIDIManager& MIDIManager::get() {
 
 MIDIManager::MIDIManager() {
     // The client stays when this goes.
-    client_ = Midi::current().createClient(clientName, [](MidiNotice notice) {
-        if (s_midi()) {
-            NotifyStatusFromK22CB(notice, *s_midi());
-        }
-    });
+    client_ =
+        Midi::current().createClient(clientName, [weak = std::weak_ptr(life_)](MidiNotice notice) {
+            if (const auto life = weak.lock()) {
+                NotifyStatusFromK22CB(notice, **life);
+            }
+        });
 }
 
 MIDIManager::~MIDIManager() {

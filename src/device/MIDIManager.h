@@ -113,6 +113,8 @@ private:
     std::unique_ptr<Timer> timer_connected_;
     std::array<std::uint8_t, 10000> packetBuffer_ = {};
     MIDIManagerCB* delegate_ = nullptr;
+    /// Expires with this, before the client's next notice.
+    std::shared_ptr<MIDIManager*> life_ = std::make_shared<MIDIManager*>(this);
 };
 
 /// The endpoint's display name; "Unknown name" if it has none.

@@ -23,14 +23,14 @@ std::shared_ptr<ORLODeviceInfo>& s_deviceInfo() {
 std::shared_ptr<MIDISequenceBase> MIDISequenceManager::s_NO_OP_;
 
 std::unique_ptr<MIDISequenceManager>& MIDISequenceManager::s_seq_controller() {
-    static std::unique_ptr<MIDISequenceManager> manager;
-    return manager;
+    // Never destroyed: its time-out could not outlive the main loop.
+    static auto* const manager = new std::unique_ptr<MIDISequenceManager>;
+    return *manager;
 }
 
 MIDISequenceManager& MIDISequenceManager::get() {
     if (!s_seq_controller()) {
         s_seq_controller() = std::make_unique<MIDISequenceManager>();
-        s_deviceInfo() = std::make_shared<ORLODeviceInfo>();
     }
     return *s_seq_controller();
 }
@@ -41,12 +41,14 @@ ORLODeviceInfo& MIDISequenceManager::getDeviceInfo() {
 }
 
 MIDISequenceManager::MIDISequenceManager() {
+    s_deviceInfo() = std::make_shared<ORLODeviceInfo>();
     s_NO_OP_ = std::make_shared<MIDINOPSequence>();
     current_seq_ = s_NO_OP_;
 }
 
 MIDISequenceManager::~MIDISequenceManager() {
     MIDISequenceBase::cleanTimeOutTimer();
+    s_NO_OP_.reset(); // with what its completion holds
 }
 
 void MIDISequenceManager::startConnectSeq(std::function<void()> onComplete) {
@@ -135,9 +137,12 @@ void MIDISequenceManager::send(std::span<const std::uint8_t> /*bytes*/,
 void MIDISequenceManager::notifyNewData(bool isCompleted) {
     if (isCompleted) {
         notifyUI_IFNeeded();
-        current_seq_->receivedMidi(message());
         const std::shared_ptr<MIDISequenceBase> current = current_seq_;
-        if (current->didCompleted()) {
+        const bool wasWaiting = !current->didCompleted();
+        current->receivedMidi(message());
+        // Not of one that had timed out before, nor if another one has begun meanwhile.
+        const bool isNews = current == current_seq_ && (wasWaiting || current == s_NO_OP_);
+        if (isNews && current->didCompleted()) {
             if (const std::function<void()> onCompleted = current->onCompleted()) {
                 onCompleted();
             }

@@ -158,6 +158,32 @@ TEST_F(MIDISequenceManagerTest, ATimeOutMakesRoomOnlyWhenSomethingElseHappens) {
     EXPECT_EQ(device.messages.size(), 3U);
 }
 
+TEST_F(MIDISequenceManagerTest, ATimeOutIsNoCompletionEvenWhenSomethingArrivesLater) {
+    InProcessDevice& device = connect();
+    int completions = 0;
+    sequences().startChangeBatteryTypeSeq(1, [&] { ++completions; });
+    loop.advance(2s);
+    device.answer(reply::batteryTypeSet);
+    device.answer(reply::cardState);
+    EXPECT_EQ(completions, 0);
+}
+
+TEST_F(MIDISequenceManagerTest, ARecorderMayAnswerBeforeSendingReturns) {
+    InProcessDevice& device = connect();
+    std::size_t answered = 0;
+    device.onMessage = [&](const Bytes&) {
+        if (answered < 7) {
+            device.answer(reply::all()[answered++]);
+        }
+    };
+    int completions = 0;
+    sequences().startConnectSeq([&] { ++completions; });
+    EXPECT_EQ(device.messages.size(), 7U);
+    EXPECT_EQ(completions, 1);
+    EXPECT_FALSE(sequences().isSeqRunning());
+    EXPECT_EQ(info().autoPowOffType, 3);
+}
+
 TEST_F(MIDISequenceManagerTest, SettingsRunOneAfterTheOther) {
     InProcessDevice& device = connect();
     std::vector<std::string> done;
