@@ -20,8 +20,13 @@ class DeviceTest(ToolTest):
                 result = self.ask(*arguments)
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(result.stdout, b"")
-                self.assertTrue(result.stderr.endswith(b"h8-device: no recorder is connected\n"),
-                                result.stderr)
+                self.assertTrue(result.stderr.endswith(b")\n"))
+                self.assertIn(b"h8-device: no recorder is connected (no MIDI: ", result.stderr)
+
+    def test_without_midi_watching_fails_and_says_why(self):
+        result = self.ask("watch")
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, rb"h8-device: no MIDI: .+\n$")
 
     def test_wrong_usage(self):
         for arguments in ((), ("stat",), ("set",), ("set", "battery"), ("set", "battery", "128"),

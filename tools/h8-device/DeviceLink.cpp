@@ -25,7 +25,8 @@ void DeviceLink::MIDIManagerFound() {
 void DeviceLink::MIDIManagerConnected() {
     isAsked_ = true;
     MIDISequenceManager::get().startConnectSeq([this] {
-        isKnown_ = isThere();
+        // Also called for messages that come unasked, when the questions may have had no answers.
+        isKnown_ = isThere() && (isKnown_ || isAnswer_);
         changed_();
     });
 }
@@ -37,10 +38,12 @@ void DeviceLink::MIDIManagerDisconnected() {
 }
 
 void DeviceLink::MIDIManagerReceivedData(const MIDIEventPacket& packet) {
+    isAnswer_ = MIDISequenceManager::get().isSeqRunning();
     MIDISequenceManager::get().receivedMidi(packet);
 }
 
 void DeviceLink::MIDIManagerReceivedData_iOS13(const MIDIPacket& packet, bool isLast) {
+    isAnswer_ = MIDISequenceManager::get().isSeqRunning();
     MIDISequenceManager::get().receivedMidi_iOS13(packet, isLast);
 }
 

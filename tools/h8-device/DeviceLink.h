@@ -37,6 +37,7 @@ private:
     std::function<void()> changed_;
     bool isAsked_ = false;
     bool isKnown_ = false;
+    bool isAnswer_ = false; ///< what is being received
 };
 
 } // namespace deckmate::tools

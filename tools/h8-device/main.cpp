@@ -3,10 +3,12 @@
 #include "DeviceReport.h"
 #include "common/CommandLine.h"
 #include "common/Interruptible.h"
+#include "common/LineOutput.h"
 #include "common/Process.h"
 #include "platform/alsa/AlsaMidi.h"
 #include "platform/qt/QtRunLoop.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -14,7 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -35,48 +37,49 @@ struct Command {
     std::chrono::milliseconds patience{10000};
 };
 
+int fail(const std::string& why) {
+    std::fprintf(stderr, "h8-device: %s\n", why.c_str());
+    return someFailed;
+}
+
 /// Standard output for results. What the link to the device logs there goes to standard error.
 class Results {
 public:
-    Results() : stream_(fdopen(dup(STDOUT_FILENO), "w")) { dup2(STDERR_FILENO, STDOUT_FILENO); }
-    ~Results() {
-        if (stream_ != nullptr) {
-            std::fclose(stream_);
-        }
-    }
+    Results() : descriptor_(dup(STDOUT_FILENO)) { dup2(STDERR_FILENO, STDOUT_FILENO); }
+    ~Results() { close(descriptor_); }
     Results(const Results&) = delete;
     Results& operator=(const Results&) = delete;
     Results(Results&&) = delete;
     Results& operator=(Results&&) = delete;
 
-    /// NO when the line could not be written.
+    /// NO when the line could not be written, which is told unless it was not wanted any more.
     bool print(const std::string& line) {
-        return stream_ != nullptr && std::fprintf(stream_, "%s\n", line.c_str()) >= 0 &&
-               std::fflush(stream_) == 0;
+        if (printLine(descriptor_, line)) {
+            return true;
+        }
+        if (errno != EPIPE && errno != EINTR) {
+            fail(std::generic_category().message(errno));
+        }
+        return false;
     }
 
 private:
-    std::FILE* stream_;
+    int descriptor_;
 };
 
-int fail(const char* why) {
-    std::fprintf(stderr, "h8-device: %s\n", why);
-    return someFailed;
-}
-
-bool printStatus(Results& results, const Command& command) {
+int printStatus(Results& results, const Command& command) {
     const ORLODeviceInfo& info = MIDISequenceManager::getDeviceInfo();
     if (command.isJson) {
-        return results.print(reportJson(info));
+        return results.print(reportJson(info)) ? allDone : someFailed;
     }
     for (const auto& [name, value] : reportLines(info)) {
         std::string line = name;
         line.resize(16, ' ');
         if (!results.print(line + value)) {
-            return false;
+            return someFailed;
         }
     }
-    return true;
+    return allDone;
 }
 
 /// YES when the recorder has acknowledged it.
@@ -141,13 +144,16 @@ int watchDevice(QtRunLoop& loop, Results& results) {
     if (!Interruptible::isInterrupted()) {
         loop.run();
     }
-    return isRead ? allDone : someFailed;
+    return isRead || Interruptible::isInterrupted() ? allDone : someFailed;
 }
 
-int askDevice(QtRunLoop& loop, Results& results, const Command& command) {
+/// `whyNoMidi` is empty where there is MIDI.
+int askDevice(QtRunLoop& loop, Results& results, const Command& command,
+              const std::string& whyNoMidi) {
     const DeviceLink link([] {});
     if (!DeviceLink::isThere()) {
-        return fail("no recorder is connected");
+        return fail("no recorder is connected" +
+                    (whyNoMidi.empty() ? "" : " (no MIDI: " + whyNoMidi + ")"));
     }
     loop.runUntil([&] { return link.isKnown() || link.isSilent() || !DeviceLink::isThere(); },
                   command.patience);
@@ -155,7 +161,7 @@ int askDevice(QtRunLoop& loop, Results& results, const Command& command) {
         return fail("the recorder doesn't answer");
     }
     if (command.kind == Command::status) {
-        return printStatus(results, command) ? allDone : someFailed;
+        return printStatus(results, command);
     }
     return change(loop, command) ? allDone : fail("the recorder doesn't answer");
 }
@@ -201,9 +207,13 @@ int work(int argc, char** argv) {
 
     Results results;
     QtRunLoop loop;
-    const std::unique_ptr<Midi> midi = makeAlsaMidi();
-    return command.kind == Command::watch ? watchDevice(loop, results)
-                                          : askDevice(loop, results, command);
+    std::string whyNoMidi;
+    const std::unique_ptr<Midi> midi = makeAlsaMidi(&whyNoMidi);
+    if (command.kind != Command::watch) {
+        return askDevice(loop, results, command, whyNoMidi);
+    }
+    // Without MIDI nothing ever changes.
+    return whyNoMidi.empty() ? watchDevice(loop, results) : fail("no MIDI: " + whyNoMidi);
 }
 
 } // namespace

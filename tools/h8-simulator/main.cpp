@@ -3,50 +3,27 @@
 #include "Options.h"
 #include "Simulator.h"
 #include "common/Interruptible.h"
+#include "common/LineOutput.h"
 #include "common/Process.h"
 #include "platform/MidiDevice.h"
 #include "platform/qt/QtRunLoop.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
 
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
 
 using namespace deckmate;
 using namespace deckmate::tools;
-
-// An interrupt between being asked for and waiting would go unnoticed.
-constexpr int lookAgain = 500; // milliseconds
-
-/// Waits for a reader that is slow, but not for one that is gone, nor at an interrupt.
-void printLine(const std::string& line) {
-    const std::string text = line + "\n";
-    std::string_view left = text;
-    while (!left.empty()) {
-        pollfd output = {.fd = STDOUT_FILENO, .events = POLLOUT, .revents = 0};
-        const int ready = poll(&output, 1, Interruptible::isInterrupted() ? 0 : lookAgain);
-        if (ready == 0 && Interruptible::isInterrupted()) {
-            return;
-        }
-        const ssize_t written = ready == 1 ? write(STDOUT_FILENO, left.data(), left.size()) : ready;
-        if (written < 0 && errno != EINTR && errno != EAGAIN) {
-            return;
-        }
-        left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-}
 
 void printError(const std::string& error) {
     std::fprintf(stderr, "h8-simulator: %s\n", error.c_str());
@@ -75,7 +52,7 @@ private:
     Simulator::Outside outside() {
         return {
             .send = [this](ByteView bytes) { return device_ == nullptr || device_->send(bytes); },
-            .print = printLine,
+            .print = [](const std::string& line) { printLine(STDOUT_FILENO, line); },
             .time =
                 [begin = std::chrono::steady_clock::now()] {
                     return std::chrono::steady_clock::now() - begin;
