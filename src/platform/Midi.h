@@ -25,8 +25,8 @@ enum MidiError : MidiStatus {
     midiSendFailed = -3,    ///< some or all of the message didn't leave
 };
 
-/// What a client hears of: of each endpoint of another program or device that comes or goes. At the
-/// first notice of a device all of its endpoints have come or gone.
+/// What a client hears of: of each endpoint of another program or device that comes or goes. The
+/// two endpoints of a port have both come or gone at the first notice of either.
 enum class MidiNotice : std::int32_t {
     setupChanged = 1,
     objectAdded = 2,

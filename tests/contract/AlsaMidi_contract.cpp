@@ -224,6 +224,23 @@ TEST_P(AlsaMidiContract, ConnectionsOutliveAnOverflow) {
     EXPECT_TRUE(runUntil([&] { return taken_ == message; }));
 }
 
+TEST_P(AlsaMidiContract, WhoIsReplacedWhileInputOverflowsIsAnotherOne) {
+    auto early = std::make_unique<Other>("Contract Early", "Out");
+    EXPECT_TRUE(appears("Contract Early Out"));
+    const MidiRef first = sourceOf("Contract Early Out");
+    listenTo("Contract Early Out");
+    Other loud("Contract Loud", "Out");
+    EXPECT_TRUE(appears("Contract Loud Out"));
+    listenTo("Contract Loud Out");
+    flood(loud);
+    early = nullptr; // the next program gets its number
+    early = std::make_unique<Other>("Contract Early", "Out");
+    added_ = 0;
+    EXPECT_TRUE(runUntil([&] { return added_ == 2; }));
+    EXPECT_EQ(removed_, 2);
+    EXPECT_NE(sourceOf("Contract Early Out"), first);
+}
+
 TEST_P(AlsaMidiContract, AMessageThatAnOverflowCutsIsNotJoinedWithTheNext) {
     Other loud("Contract Loud", "Out");
     EXPECT_TRUE(appears("Contract Loud Out"));

@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -157,22 +158,39 @@ private:
         }
     }
 
-    /// Who was there may have gone and come back, and then nothing is connected any more.
+    /// Who was there may have gone, and another one may have come to the same address: nothing of
+    /// ours is connected to that one.
     void startOver() {
         inputLost();
-        const SequencerState::Changes changes = state_.rescanned(sequencer_->scan());
-        forget(changes);
+        SequencerState::Changes changes;
+        for (const SequencerAddress& replaced : lostConnections()) {
+            append(changes, state_.portLeft(replaced));
+        }
+        append(changes, state_.rescanned(sequencer_->scan()));
+        apply(changes);
+    }
+
+    std::set<SequencerAddress> lostConnections() const {
+        std::set<SequencerAddress> lost;
         for (const MidiRef source : state_.sources()) {
+            const auto address = state_.addressOf(source);
             for (const MidiRef port : portsOf(source)) {
-                connect(port, source);
+                if (!sequencer_->isConnectedFrom(numbers_.at(port), *address)) {
+                    lost.insert(*address);
+                }
             }
         }
         for (const auto& [route, output] : routes_) {
-            if (const auto address = state_.addressOf(route.second)) {
-                sequencer_->connectTo(numbers_.at(route.first), *address);
+            const auto address = state_.addressOf(route.second);
+            if (address && !sequencer_->isConnectedTo(numbers_.at(route.first), *address)) {
+                lost.insert(*address);
             }
         }
-        tell(changes);
+        return lost;
+    }
+
+    static void append(SequencerState::Changes& changes, const SequencerState::Changes& more) {
+        changes.insert(changes.end(), more.begin(), more.end());
     }
 
     void apply(const SequencerState::Changes& changes) {
@@ -206,9 +224,12 @@ private:
 
 } // namespace
 
-std::unique_ptr<Midi> makeAlsaMidi() {
+std::unique_ptr<Midi> makeAlsaMidi(std::string* whyNot) {
     std::string error;
     auto sequencer = SequencerClient::open(error);
+    if (whyNot != nullptr) {
+        *whyNot = error;
+    }
     if (!sequencer) {
         return makeNoMidi();
     }

@@ -58,6 +58,8 @@ private:
 using ClientInfo =
     InfoOwner<snd_seq_client_info_t, snd_seq_client_info_malloc, snd_seq_client_info_free>;
 using PortInfo = InfoOwner<snd_seq_port_info_t, snd_seq_port_info_malloc, snd_seq_port_info_free>;
+using SubscriptionInfo =
+    InfoOwner<snd_seq_port_subscribe_t, snd_seq_port_subscribe_malloc, snd_seq_port_subscribe_free>;
 
 std::string textOf(const char* name) {
     return name != nullptr ? name : "";
@@ -203,6 +205,27 @@ bool SequencerClient::connectTo(int port, SequencerAddress destination) {
     const int status =
         snd_seq_connect_to(sequencer_.get(), port, destination.client, destination.port);
     return status == 0 || status == -EBUSY;
+}
+
+bool SequencerClient::isConnectedFrom(int port, SequencerAddress source) const {
+    return hasConnection(source, {number(), port});
+}
+
+bool SequencerClient::isConnectedTo(int port, SequencerAddress destination) const {
+    return hasConnection({number(), port}, destination);
+}
+
+bool SequencerClient::hasConnection(SequencerAddress sender, SequencerAddress receiver) const {
+    const auto number = [](int value) { return static_cast<unsigned char>(value); };
+    const snd_seq_addr_t from = {number(sender.client), number(sender.port)};
+    const snd_seq_addr_t to = {number(receiver.client), number(receiver.port)};
+    const SubscriptionInfo info;
+    if (info.get() == nullptr) {
+        return false;
+    }
+    snd_seq_port_subscribe_set_sender(info.get(), &from);
+    snd_seq_port_subscribe_set_dest(info.get(), &to);
+    return snd_seq_get_port_subscription(sequencer_.get(), info.get()) == 0;
 }
 
 // Sending

@@ -77,6 +77,9 @@ public:
     void disconnectFrom(int port, SequencerAddress source);
     /// The other one can be sent to: a device is opened by that. It may be connected already.
     bool connectTo(int port, SequencerAddress destination);
+    /// A connection ends when either port goes, even if another port takes its number.
+    bool isConnectedFrom(int port, SequencerAddress source) const;
+    bool isConnectedTo(int port, SequencerAddress destination) const;
 
     /// All who are connected to the port.
     static constexpr SequencerAddress subscribers = {SND_SEQ_ADDRESS_SUBSCRIBERS,
@@ -107,6 +110,7 @@ private:
     bool hasFailed() const;
     void leave();
     bool put(snd_seq_event_t& event, int port, SequencerAddress destination);
+    bool hasConnection(SequencerAddress sender, SequencerAddress receiver) const;
 
     std::unique_ptr<snd_seq_t, Close> sequencer_;
     std::unique_ptr<snd_midi_event_t, Free> decoder_;

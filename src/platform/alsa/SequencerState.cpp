@@ -1,7 +1,6 @@
 #include "platform/alsa/SequencerState.h"
 
 #include <algorithm>
-#include <set>
 #include <utility>
 
 namespace deckmate {
@@ -57,15 +56,16 @@ SequencerState::Changes SequencerState::portLeft(SequencerAddress address) {
 }
 
 SequencerState::Changes SequencerState::rescanned(std::vector<SequencerListing> all) {
-    std::set<SequencerAddress> present;
+    std::map<SequencerAddress, std::string> present;
     for (const SequencerListing& listing : all) {
         for (const SequencerPort& port : listing.ports) {
-            present.insert(port.address);
+            present[port.address] = port.name;
         }
     }
     std::vector<SequencerAddress> gone;
     for (const auto& [address, port] : ports_) {
-        if (!present.contains(address)) {
+        const auto now = present.find(address);
+        if (now == present.end() || now->second != port.name) {
             gone.push_back(address);
         }
     }

@@ -73,8 +73,8 @@ public:
     /// A port has started, or has changed.
     Changes portPresent(SequencerPort port);
     Changes portLeft(SequencerAddress address);
-    /// All that there is now, after messages of the sequencer were lost. Endpoints at the same
-    /// address remain the same.
+    /// All that there is now, after messages of the sequencer were lost. Endpoints of a port of the
+    /// same name at the same address remain the same.
     Changes rescanned(std::vector<SequencerListing> all);
 
     /// In the order in which they appeared.

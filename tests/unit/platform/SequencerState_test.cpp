@@ -286,7 +286,14 @@ TEST_F(SequencerStateTest, AScanRemovesBeforeItAddsWhenPortsTurnRound) {
               (Changes{removed(1), removed(2), added(3), added(4)}));
 }
 
-TEST_F(SequencerStateTest, AScanRenames) {
+TEST_F(SequencerStateTest, AScanTakesAPortOfAnotherNameForAnotherPort) {
+    state_.rescanned({{recorder, "client", {{{recorder, 0}, "before", duplex}}}});
+    EXPECT_EQ(state_.rescanned({{recorder, "client", {{{recorder, 0}, "after", duplex}}}}),
+              (Changes{removed(1), removed(2), added(3), added(4)}));
+    EXPECT_EQ(state_.displayName(3), "client after");
+}
+
+TEST_F(SequencerStateTest, AScanRenamesClients) {
     state_.rescanned({listing(recorder, "before")});
     state_.rescanned({listing(recorder, "after")});
     EXPECT_EQ(state_.displayName(1), "after port");
