@@ -137,14 +137,6 @@ InProcessDevice* InProcessMidi::deviceAt(MidiRef endpoint) const {
     return nullptr;
 }
 
-void InProcessMidi::notifyLater(MidiNotice notice) {
-    RunLoop::main().runLater([this, exists = std::weak_ptr(exists_), notice] {
-        if (!exists.expired()) {
-            notify(notice);
-        }
-    });
-}
-
 InProcessDevice& InProcessMidi::addDevice(const std::string& displayName, Ends ends) {
     expectUse("device added", {});
     const MidiRef source = ends != Ends::destination ? nextRef() : 0;
@@ -175,6 +167,14 @@ void InProcessMidi::removeDevice(InProcessDevice& device) {
     }
 }
 
+void InProcessMidi::notifyLater(MidiNotice notice) {
+    RunLoop::main().runLater([this, exists = std::weak_ptr(exists_), notice] {
+        if (!exists.expired()) {
+            notify(notice);
+        }
+    });
+}
+
 MidiRef InProcessMidi::source(std::size_t index) const {
     return index < sources_.size() ? sources_[index] : 0;
 }
@@ -186,7 +186,7 @@ MidiRef InProcessMidi::destination(std::size_t index) const {
 std::optional<std::string> InProcessMidi::displayName(MidiRef endpoint) const {
     expectUse("displayName called", {endpoint});
     const InProcessDevice* const device = deviceAt(endpoint);
-    return device != nullptr ? std::optional(device->name_) : std::nullopt;
+    return device != nullptr && device->hasName ? std::optional(device->name_) : std::nullopt;
 }
 
 MidiRef InProcessMidi::createClient(std::string_view name, NoticeReader reader) {

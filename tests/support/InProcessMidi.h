@@ -56,6 +56,7 @@ public:
     void answerEvents(const std::vector<Words>& packetWords);
     void answerEventsLater(const std::vector<Words>& packetWords);
 
+    bool hasName = true; ///< else its endpoints can't tell theirs
     bool isPluggedIn() const { return isPluggedIn_; }
     const std::string& name() const { return name_; }
     MidiRef source() const { return source_; }           ///< 0 if it has none
@@ -102,6 +103,8 @@ public:
     InProcessDevice& addDevice(const std::string& displayName, Ends ends = Ends::both);
     /// Pulls it out. Likewise.
     void removeDevice(InProcessDevice& device);
+    /// Has every client hear this when the run loop gets there, whatever happened.
+    void notifyLater(MidiNotice notice);
 
     bool canCreateInputPorts = true; ///< else creating one fails
     bool canSend = true;             ///< else sending fails, and nothing arrives
@@ -136,7 +139,6 @@ private:
 
     void expectUse(const char* what, std::initializer_list<MidiRef> refs) const;
     InProcessDevice* deviceAt(MidiRef endpoint) const;
-    void notifyLater(MidiNotice notice);
 
     bool hasEventLists_;
     std::thread::id thread_ = std::this_thread::get_id();

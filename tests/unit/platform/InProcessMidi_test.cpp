@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <optional>
 #include <span>
 #include <string>
 #include <thread>
@@ -260,6 +261,22 @@ TEST_F(InProcessMidiTest, SendingCanBeMadeToFail) {
     EXPECT_EQ(sendPackets({request}), midiSendFailed);
     EXPECT_EQ(device_.messages, std::vector<Bytes>{});
     EXPECT_EQ(device_.sends, 0U);
+}
+
+TEST_F(InProcessMidiTest, ADeviceCanBeMadeToHaveNoName) {
+    device_.hasName = false;
+    EXPECT_EQ(midi_.displayName(device_.source()), std::nullopt);
+    EXPECT_EQ(midi_.displayName(device_.destination()), std::nullopt);
+}
+
+TEST_F(InProcessMidiTest, AnyNoticeCanBeGiven) {
+    loop_.runPending();
+    std::vector<MidiNotice> notices;
+    midi_.createClient("Other", [&](MidiNotice notice) { notices.push_back(notice); });
+    midi_.notifyLater(MidiNotice::propertyChanged);
+    EXPECT_EQ(notices, std::vector<MidiNotice>{});
+    loop_.runPending();
+    EXPECT_EQ(notices, std::vector<MidiNotice>{MidiNotice::propertyChanged});
 }
 
 // Misuse
