@@ -1,6 +1,6 @@
 #include "device/MIDIConnectSequence.h"
 
-#include "DeviceTest.h"
+#include "ConnectTest.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -10,29 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class MIDIConnectSequenceTest : public DeviceTest, public testing::WithParamInterface<bool> {
-protected:
-    MIDIConnectSequenceTest() : DeviceTest(GetParam()) {
-        user.onConnected = [this] { sequences().startConnectSeq([this] { ++completions; }); };
-    }
-
-    /// Answers the first requests, and leaves the next one waiting.
-    InProcessDevice& connectAndAnswer(std::size_t count) {
-        InProcessDevice& device = connect();
-        for (std::size_t i = 0; i < count; ++i) {
-            device.answer(replies[i]);
-        }
-        return device;
-    }
-
-    const std::vector<Bytes> replies = {
-        reply::identity,    reply::applicationStarted, reply::version, reply::cardState,
-        reply::batteryType, reply::autoPowOff,         reply::dateSet};
-    const std::vector<Bytes> requests = {request::identity,    request::applicationStart,
-                                         request::version,     request::cardState,
-                                         request::batteryType, request::autoPowOff};
-    int completions = 0;
-};
+class MIDIConnectSequenceTest : public ConnectTest {};
 
 INSTANTIATE_TEST_SUITE_P(Paths, MIDIConnectSequenceTest, testing::Bool(),
                          [](const auto& path) { return path.param ? "Events" : "Bytes"; });
@@ -89,9 +67,6 @@ TEST_P(MIDIConnectSequenceTest, SetsTheClockToLocalTime) {
 }
 
 TEST_P(MIDIConnectSequenceTest, AnswersMaySplitAnywhere) {
-    if (GetParam()) {
-        return; // events have no pieces: ReceivedWords shows those
-    }
     for (std::size_t size = 1; size < 32; ++size) {
         InProcessDevice& device = connect();
         for (const Bytes& whole : replies) {
