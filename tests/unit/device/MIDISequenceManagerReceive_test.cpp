@@ -139,6 +139,83 @@ TEST(ReceivedWords, AShortMessageTakesTheSameForm) {
     EXPECT_EQ(message(), (Bytes{0xF0, 0xF3, 0x05}));
 }
 
+// Bytes by MIDI 1.0 status, and the leading F0.
+TEST(ReceivedWords, AShortMessageHasTheLengthOfItsStatus) {
+    const auto lengthOf = [](std::uint32_t status) {
+        EXPECT_TRUE(words({0x20001234 | status << 16}));
+        EXPECT_EQ(message()[1], status);
+        return message().size();
+    };
+    for (std::uint32_t channel = 0; channel < 16; ++channel) {
+        for (const std::uint32_t status : {0x80U, 0x90U, 0xA0U, 0xB0U, 0xE0U}) {
+            EXPECT_EQ(lengthOf(status | channel), 1U + 3U) << status;
+        }
+        for (const std::uint32_t status : {0xC0U, 0xD0U}) {
+            EXPECT_EQ(lengthOf(status | channel), 1U + 2U) << status;
+        }
+    }
+    EXPECT_EQ(lengthOf(0xF2), 1U + 3U);
+    EXPECT_EQ(lengthOf(0xF1), 1U + 2U);
+    EXPECT_EQ(lengthOf(0xF3), 1U + 2U);
+    for (const std::uint32_t status : {0xF0U, 0xF4U, 0xF5U, 0xF6U, 0xF7U, 0xF8U, 0xF9U, 0xFAU,
+                                       0xFBU, 0xFCU, 0xFDU, 0xFEU, 0xFFU}) {
+        EXPECT_EQ(lengthOf(status), 1U + 1U) << status;
+    }
+}
+
+TEST(ReceivedWords, AStatusWithoutItsHighestBitHasTheSameLength) {
+    EXPECT_TRUE(words({0x20103C64}));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0x10, 0x3C, 0x64}));
+    EXPECT_TRUE(words({0x20503C64}));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0x50, 0x3C}));
+    EXPECT_TRUE(words({0x207F3C64}));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0x7F}));
+}
+
+TEST(ReceivedWords, EveryTypeOfOneWordButUtilityIsAShortMessage) {
+    for (const std::uint32_t type : {1U, 2U, 6U, 7U}) {
+        EXPECT_TRUE(words({0x00D54321 | type << 28}));
+        EXPECT_EQ(message(), (Bytes{0xF0, 0xD5, 0x43})) << type;
+    }
+}
+
+TEST(ReceivedWords, WhatContinuesAShortMessageIsAppendedToItsLength) {
+    EXPECT_TRUE(words({0x10F47F7F}));
+    EXPECT_TRUE(words({0x30320102, 0x00000000}));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0xF4, 1, 2}));
+}
+
+TEST(ReceivedWords, AFullPacketIsReadToItsLastWord) {
+    MIDIEventPacket packet;
+    packet.wordCount = 64;
+    Bytes expected = {0xF0};
+    for (std::size_t i = 0; i < 32; ++i) {
+        const auto byte = static_cast<std::uint8_t>(i + 1);
+        const std::uint32_t status = i == 0 ? 1 : i == 31 ? 3 : 2;
+        packet.words[2 * i] = 0x30010000 | status << 20 | std::uint32_t{byte} << 8;
+        expected.push_back(byte);
+    }
+    EXPECT_TRUE(Manager::convertMidiPacket2ByteArr(packet));
+    EXPECT_EQ(message(), expected);
+}
+
+TEST(ReceivedWords, TheLastWordOfAFullPacketMayBeAMessage) {
+    MIDIEventPacket packet;
+    packet.wordCount = 64;
+    packet.words[63] = 0x20903C64; // behind 63 utility messages
+    EXPECT_TRUE(Manager::convertMidiPacket2ByteArr(packet));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0x90, 0x3C, 0x64}));
+}
+
+TEST(ReceivedWords, AMessageThatAFullPacketCutsShortIsDropped) {
+    EXPECT_TRUE(words({0x30010100, 0}));
+    MIDIEventPacket packet;
+    packet.wordCount = 64;
+    packet.words[63] = 0x30010200;
+    EXPECT_FALSE(Manager::convertMidiPacket2ByteArr(packet));
+    EXPECT_EQ(message(), (Bytes{0xF0, 1}));
+}
+
 TEST(ReceivedWords, UtilityMessagesAreDropped) {
     EXPECT_TRUE(words({0x30010100, 0}));
     EXPECT_FALSE(words({0x00200001}));
