@@ -155,6 +155,14 @@ TEST_P(LinkNotices, ARecorderIsFoundInTheStatesBelowFoundOnly) {
     }
 }
 
+TEST_P(LinkNotices, ASecondThatEndsInAnotherStateConnectsNothing) {
+    plug();
+    manager().changeStateTo(State::connecting);
+    loop.advance(1s);
+    EXPECT_EQ(manager().state(), State::connecting);
+    EXPECT_THAT(user.heard, ElementsAre("found"));
+}
+
 // Without a second call, since nothing that its reader could see has changed.
 TEST_P(LinkNotices, UntilItIsConnectedTheLastScanTellsTheRecorder) {
     user.connects = false;

@@ -146,6 +146,13 @@ TEST_P(LinkReentry, ALinkThatIsBegunAnewWhenConnectedSettlesOnceMore) {
     EXPECT_EQ(midi.connections(), 1U);
 }
 
+TEST_P(LinkReentry, WhenDisconnectedIsToldNothingIsLeft) {
+    settle();
+    meddler.onDisconnected = [this] { expectNothingLeft(); };
+    unplug(device);
+    EXPECT_EQ(meddler.heard.back(), "disconnected");
+}
+
 TEST_P(LinkReentry, DisconnectingWhenDisconnectedDoesNothing) {
     settle();
     meddler.heard.clear();
@@ -160,10 +167,11 @@ TEST_P(LinkReentry, ScanningWhenDisconnectedFindsARecorderThatIsStillThere) {
     meddler.heard.clear();
     meddler.onDisconnected = rescan;
     disconnect();
-    EXPECT_THAT(meddler.heard, ElementsAre("disconnected", "found"));
-    EXPECT_EQ(manager().state(), State::settling);
     EXPECT_EQ(midi.ports(), 2U);
     EXPECT_EQ(midi.connections(), 1U);
+    loop.advance(1s);
+    sendTwo();
+    EXPECT_THAT(meddler.heard, ElementsAre("disconnected", "found", "connected", "data", "data"));
 }
 
 TEST_P(LinkReentry, ScanningWhenDisconnectedMissesARecorderThatHasGone) {
