@@ -211,7 +211,7 @@ TEST_P(MidiDeviceContract, LongMessagesArriveWhole) {
     plug(recorder);
     Bytes bytes;
     midi().connectSource(inputPort(bytes), sourceOf(recorder));
-    for (const std::size_t count : {6UL, 7UL, 254UL, 255UL, 256UL, 600UL, 3000UL}) {
+    for (const std::size_t count : {6UL, 7UL, 253UL, 254UL, 255UL, 256UL, 600UL, 3000UL}) {
         bytes.clear();
         world_->answer(recorder, sysEx(count));
         EXPECT_TRUE(runUntil([&] { return bytes.size() >= count + 2; }));
@@ -231,6 +231,23 @@ TEST_P(MidiDeviceContract, MessagesArriveWholeHoweverTheyAreCut) {
         world_->answer(recorder, Bytes(at, message.end()));
         EXPECT_TRUE(runUntil([&] { return bytes.size() >= message.size(); }));
         EXPECT_EQ(bytes, message) << "cut at " << cut;
+    }
+}
+
+TEST_P(MidiDeviceContract, LongMessagesArriveWholeInLongPieces) {
+    plug(recorder);
+    Bytes bytes;
+    midi().connectSource(inputPort(bytes), sourceOf(recorder));
+    const Bytes message = sysEx(800);
+    for (const std::size_t size : {255UL, 256UL, 257UL}) {
+        bytes.clear();
+        for (std::size_t at = 0; at < message.size(); at += size) {
+            const auto begin = message.begin() + static_cast<std::ptrdiff_t>(at);
+            const std::size_t left = std::min(size, message.size() - at);
+            world_->answer(recorder, Bytes(begin, begin + static_cast<std::ptrdiff_t>(left)));
+        }
+        EXPECT_TRUE(runUntil([&] { return bytes.size() >= message.size(); }));
+        EXPECT_EQ(bytes, message) << "pieces of " << size;
     }
 }
 
