@@ -13,6 +13,8 @@ HOMES = {
     "sndfile": ["src/platform/sndfile/"],
     "alsa/": ["src/platform/alsa/"],
     "Q": ["src/platform/qt/", "src/controls/", "src/app/", "tests/desktop/"],
+    "X11/": ["tests/desktop/"],
+    "xcb/": ["tests/desktop/"],
     "CLI/": ["tools/"],
     "nlohmann/": ["tools/"],
     "gtest/": ["tests/"],
@@ -21,7 +23,7 @@ HOMES = {
 }
 
 # From the bottom up; a layer may include the ones before it.
-LAYERS = ["recording", "export", "platform", "services", "device", "playback"]
+LAYERS = ["recording", "export", "platform", "services", "device", "playback", "controls"]
 
 LONGEST_SOURCE = 600
 

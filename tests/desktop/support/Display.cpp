@@ -1,0 +1,119 @@
+#include "desktop/support/Display.h"
+
+#include "desktop/support/XConnection.h"
+#include "support/Bytes.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace deckmate::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto startingLimit = 30s;
+constexpr auto askingInterval = 5ms;
+constexpr int width = 1600;
+constexpr int height = 1000;
+
+/// New windows get the focus; no key or button means anything to the window manager, so that each
+/// reaches the application at once.
+constexpr auto windowManagerSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <placement><policy>Smart</policy></placement>
+  <desktops><number>1</number><popupTime>0</popupTime></desktops>
+  <keyboard></keyboard>
+  <mouse></mouse>
+</openbox_config>
+)";
+
+template <class Question>
+void waitUntil(const Question& holds, const char* what) {
+    const auto limit = std::chrono::steady_clock::now() + startingLimit;
+    while (!holds()) {
+        if (std::chrono::steady_clock::now() > limit) {
+            throw std::runtime_error(std::string(what) + " takes too long");
+        }
+        std::this_thread::sleep_for(askingInterval);
+    }
+}
+
+void hideUser(const TemporaryFolder& folder) {
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_CACHE_HOME",
+                             "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        setenv(name, folder.path().c_str(), 1);
+    }
+    for (const char* name :
+         {"WAYLAND_DISPLAY", "XAUTHORITY", "XMODIFIERS", "XDG_CURRENT_DESKTOP", "XDG_SESSION_TYPE",
+          "DESKTOP_SESSION", "SESSION_MANAGER", "AT_SPI_BUS_ADDRESS", "QT_STYLE_OVERRIDE",
+          "QT_QPA_PLATFORMTHEME", "QT_IM_MODULE", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI",
+          "QT_ACCESSIBILITY", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON"}) {
+        unsetenv(name);
+    }
+    // An address where nobody listens: without any, the bus library would start a bus.
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder / "no-bus").string()).c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+/// setpriv(1): whatever way this process ends, the other ends too.
+std::vector<std::string> dyingWithUs(std::vector<std::string> command) {
+    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
+    return command;
+}
+
+std::string pixels(int points) {
+    const char* const scale = std::getenv("QT_SCALE_FACTOR");
+    const double factor = scale == nullptr ? 1.0 : std::max(1.0, std::strtod(scale, nullptr));
+    return std::to_string(std::lround(points * factor));
+}
+
+} // namespace
+
+Display::Display() {
+    hideUser(folder_);
+    startServer();
+    startWindowManager();
+}
+
+void Display::startServer() {
+    const std::filesystem::path number = folder_ / "display";
+    server_ = std::make_unique<ChildProcess>(
+        dyingWithUs({"Xvfb", "-displayfd", "1", "-screen", "0",
+                     pixels(width) + "x" + pixels(height) + "x24", "-nolisten", "tcp", "-noreset"}),
+        number);
+    Bytes text;
+    waitUntil(
+        [&] {
+            text = contentsOf(number);
+            return !text.empty() && static_cast<char>(text.back()) == '\n';
+        },
+        "starting an X server");
+    std::string name = ":";
+    for (const auto byte : text) {
+        name += static_cast<char>(byte);
+    }
+    name.pop_back();
+    setenv("DISPLAY", name.c_str(), 1);
+}
+
+void Display::startWindowManager() {
+    Bytes settings;
+    for (const char character : std::string(windowManagerSettings)) {
+        settings.push_back(static_cast<Bytes::value_type>(character));
+    }
+    const auto path = folder_.file("rc.xml", settings);
+    windowManager_ = std::make_unique<ChildProcess>(
+        dyingWithUs({"openbox", "--sm-disable", "--config-file", path.string()}), folder_ / "log");
+    const XConnection connection;
+    waitUntil([&] { return connection.isManaged(); }, "starting a window manager");
+}
+
+} // namespace deckmate::test
