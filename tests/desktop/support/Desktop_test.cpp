@@ -99,7 +99,7 @@ TEST_F(DesktopSupport, ShownIsWhatTheServerHas) {
 
 TEST_F(DesktopSupport, PaintedHasThePixelsOfTheDevice) {
     const QImage image = Desktop::painted(sheet);
-    EXPECT_EQ(image.width(), 200 * qEnvironmentVariableIntValue("QT_SCALE_FACTOR"));
+    EXPECT_EQ(image.width(), 200 * sheet.devicePixelRatio());
     EXPECT_EQ(colourAt(image, {99.5, 50}), QColor(Qt::red));
     EXPECT_EQ(colourAt(image, {100, 50}), QColor(Qt::blue));
 }
