@@ -1,0 +1,10 @@
+#include "controls/H8Slider.h"
+
+namespace deckmate {
+
+void H8Slider::mouseDown(QPointF place) {
+    isSeeking_ = true;
+    Slider::mouseDown(place);
+}
+
+} // namespace deckmate
