@@ -23,7 +23,7 @@ HOMES = {
 }
 
 # From the bottom up; a layer may include the ones before it.
-LAYERS = ["recording", "export", "platform", "services", "device", "playback", "controls"]
+LAYERS = ["recording", "export", "platform", "services", "device", "playback", "controls", "app"]
 
 LONGEST_SOURCE = 600
 
