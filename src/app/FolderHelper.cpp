@@ -1,5 +1,6 @@
 #include "app/FolderHelper.h"
 
+#include "controls/Resources.h"
 #include "platform/Log.h"
 
 #include <algorithm>
@@ -72,8 +73,8 @@ QString displayName(std::string_view name) {
 }
 
 FileIcons FileIcons::ofTheme() {
-    return {QIcon::fromTheme("folder", QIcon(":/images/folder.svg")),
-            QIcon::fromTheme("audio-x-wav", QIcon(":/images/recording.svg"))};
+    return {QIcon::fromTheme("folder", icon("folder")),
+            QIcon::fromTheme("audio-x-wav", icon("recording"))};
 }
 
 FolderHelper::FolderHelper(std::filesystem::path folderPath)

@@ -1,0 +1,27 @@
+// What the dialogs' contents are made of, so that all of them look alike.
+#pragma once
+
+#include <QString>
+
+class QLabel;
+class QLayout;
+class QPushButton;
+class QWidget;
+
+namespace deckmate {
+
+/// Points; everything in a dialog stands on this grid.
+inline constexpr int grid = 8;
+
+/// Text as it stands, never markup. The style sheet knows the roles "heading", "subheading" and
+/// "detail".
+QLabel* makeLabel(const QString& text, const char* role, QWidget* parent);
+/// The same over several lines, as many as it takes at this width.
+QLabel* makeParagraph(const QString& text, const char* role, int width, QWidget* parent);
+
+/// A row that ends with the dialog's main button, which Return presses; `beside` may be null.
+QLayout* makeButtonRow(QWidget* beside, QPushButton* button);
+/// The button that Return presses.
+QPushButton* makeMainButton(const QString& text, const QString& name, QWidget* parent);
+
+} // namespace deckmate
