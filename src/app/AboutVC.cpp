@@ -13,10 +13,10 @@ namespace {
 
 constexpr int textWidth = 352;
 
-constexpr auto purpose = "Plays and decodes the recordings of the ORLO H8 and shows the state of "
-                         "the recorder while it is connected over USB.";
+constexpr auto purpose = "Plays and decodes the recordings of the ORLO H8, and shows the "
+                         "recorder's state while it is on USB.";
 constexpr auto libraries = "Built with Qt, cubeb, libsndfile and ALSA.";
-constexpr auto licence = "Free software under the MIT licence, without any warranty.";
+constexpr auto licence = "Free software under the MIT licence, without warranty.";
 
 } // namespace
 

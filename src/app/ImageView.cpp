@@ -2,9 +2,16 @@
 
 #include "controls/Resources.h"
 
+#include <QPainter>
 #include <QPixmap>
 
 namespace deckmate {
+
+namespace {
+
+constexpr qreal disabledOpacity = 0.4;
+
+} // namespace
 
 ImageView::ImageView(const QString& name, const QSize& size, const QString& description,
                      QWidget* parent)
@@ -14,12 +21,14 @@ ImageView::ImageView(const QString& name, const QSize& size, const QString& desc
     setPixmap(image(name_, size, devicePixelRatioF()));
 }
 
-void ImageView::paintEvent(QPaintEvent* event) {
+void ImageView::paintEvent(QPaintEvent* /*event*/) {
     // Only now is it certain on which screen it stands.
     if (pixmap(Qt::ReturnByValue).devicePixelRatio() != devicePixelRatioF()) {
         setPixmap(image(name_, size(), devicePixelRatioF()));
     }
-    QLabel::paintEvent(event);
+    QPainter painter(this);
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
+    painter.drawPixmap(QPoint(), pixmap(Qt::ReturnByValue));
 }
 
 } // namespace deckmate

@@ -7,7 +7,7 @@
 
 namespace deckmate {
 
-/// Sharp on every screen it comes to; greyed while disabled. Thread: main.
+/// Sharp on every screen it comes to; faded while disabled. Thread: main.
 class ImageView : public QLabel {
 public:
     /// `size` in points, of which it takes no more and no less. `description` is what a person who

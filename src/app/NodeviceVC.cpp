@@ -20,7 +20,7 @@ constexpr auto why = "The recorder's settings can be changed while an ORLO H8 is
 constexpr const char* checks[] = {
     "The cable sits firmly at both ends and carries data, not only power.",
     "The recorder is switched on.",
-    "No other program is using the recorder over MIDI.",
+    "No other program uses it over MIDI.",
 };
 constexpr auto then = "It is found by itself a moment after it is connected.";
 

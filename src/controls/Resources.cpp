@@ -54,7 +54,15 @@ QPixmap image(const QString& name, const QSize& size, qreal devicePixelRatio) {
 }
 
 QIcon icon(const QString& name) {
-    return QFile::exists(pathOf(name)) ? QIcon(pathOf(name)) : QIcon();
+    if (!QFile::exists(pathOf(name))) {
+        return {};
+    }
+    QIcon icon(pathOf(name));
+    // What the style makes of a white image by itself hardly looks different.
+    if (const QString off = pathOf(name + "_off"); QFile::exists(off)) {
+        icon.addFile(off, QSize(), QIcon::Disabled);
+    }
+    return icon;
 }
 
 } // namespace deckmate

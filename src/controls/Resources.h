@@ -23,7 +23,8 @@ void drawImage(QPainter& painter, const QString& name, const QRectF& place);
 /// unknown name or an empty size. Thread: main.
 QPixmap image(const QString& name, const QSize& size, qreal devicePixelRatio);
 
-/// The image as buttons and lists take it, drawn anew for each size; null for an unknown name.
+/// The image as buttons and lists take it, drawn anew for each size, the one of the same name with
+/// "_off" behind it for those that can't act; null for an unknown name.
 QIcon icon(const QString& name);
 
 } // namespace deckmate
