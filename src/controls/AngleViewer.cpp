@@ -51,6 +51,10 @@ void AngleViewer::initUI() {
 void AngleViewer::setEnable(bool enable) {
     enable_ = enable;
     setFocusPolicy(enable ? Qt::TabFocus : Qt::NoFocus);
+    if (!enable && window()->focusWidget() == this) {
+        focusNextChild();
+        clearFocus();
+    }
 }
 
 QPainterPath AngleViewer::arc(double degrees) const {
