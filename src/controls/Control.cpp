@@ -34,6 +34,7 @@ public:
         QAccessible::State state = QAccessibleWidget::state();
         if (!value_.isOperable()) {
             state.disabled = role() == QAccessible::Slider;
+            state.focusable = false;
             state.readOnly = true;
         }
         return state;
@@ -86,7 +87,7 @@ void Control::drawFocusRing(QPainter& painter, const QRectF& handle) const {
     if (!showsFocus_) {
         return;
     }
-    constexpr double width = 2.0;
+    constexpr double width = 3.0;
     painter.setPen(QPen(focusColor, width));
     painter.setBrush(Qt::NoBrush);
     // Half of it on the handle: there is little room beside a knob at its track's end.

@@ -2,13 +2,30 @@
 
 #include "controls/ViewDrawing.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
 
 namespace deckmate {
 
+namespace {
+
+/// For assistive programs a strip is one text: its labels are nothing but values of the slider.
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+    auto* const strip = dynamic_cast<GainTickTitle*>(object);
+    return strip == nullptr ? nullptr : new QAccessibleWidget(strip, QAccessible::StaticText);
+}
+
+} // namespace
+
 GainTickTitle::GainTickTitle(QWidget* parent) : QWidget(parent) {
+    static const bool isInstalled = [] {
+        QAccessible::installFactory(makeAccessible);
+        return true;
+    }();
+    static_cast<void>(isInstalled);
     initUI();
 }
 
