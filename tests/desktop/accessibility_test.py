@@ -59,9 +59,9 @@ class Controls(unittest.TestCase):
     def setUpClass(cls):
         import gi
         gi.require_version("Atspi", "2.0")
-        from gi.repository import Atspi
+        from gi.repository import Atspi, GLib
         cls.atspi = Atspi
-        # Answers come as they are, not as they were.
+        cls.glib = GLib
         Atspi.init()
         cls.process = child([PROGRAM])
         cls.window = wait_for(cls.find_window, "finding the window")
@@ -169,6 +169,25 @@ class Controls(unittest.TestCase):
         wait_for(lambda: self.slider("Gain").get_current_value() == 3, "setting the gain")
         self.press(0xFF52)
         wait_for(lambda: self.slider("Gain").get_current_value() == 4, "the Up key")
+
+    def test_a_new_value_is_announced_once(self):
+        heard = []
+        listener = self.atspi.EventListener.new(
+            lambda event: heard.append((event.source.get_name(),
+                                        self.slider(event.source.get_name()).get_current_value())))
+        listener.register("object:property-change:accessible-value")
+        try:
+            self.slider("Volume 0").set_current_value(0.5)
+            self.slider("Volume 0").set_current_value(0.5)
+            self.slider("Position 0").set_current_value(0.25)
+
+            def has_heard_all():
+                self.glib.MainContext.default().iteration(False)
+                return ("Position 0", 0.25) in heard
+            wait_for(has_heard_all, "hearing of new values")
+            self.assertEqual(heard, [("Volume 0", 0.5), ("Position 0", 0.25)])
+        finally:
+            listener.deregister("object:property-change:accessible-value")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,7 @@
 #include "controls/TickGeometry.h"
 
+#include "controls/SliderGeometry.h"
+
 #include <gmock/gmock.h>
 
 namespace deckmate::test {
@@ -35,6 +37,19 @@ TEST(TickGeometry, OnlyTheFirstLabelMovesUpByHalfItsHeight) {
     EXPECT_THAT(
         tickFrames({50, 70}, {{20, 10}, {20, 10}, {20, 10}}),
         ElementsAre(ViewRect{30, 35, 20, 10}, ViewRect{30, 30, 20, 10}, ViewRect{30, 25, 20, 10}));
+}
+
+TEST(TickGeometry, LabelsStandBesideTheSliderPositionsTheyName) {
+    // A strip reaches 20 points beyond the slider at either end; +36 at the top, -36 at the bottom.
+    const SliderGeometry slider{{24, 320}, true};
+    const std::vector<ViewRect> labels =
+        tickFrames({50, 360}, std::vector<ViewSize>(7, ViewSize{20, 15}));
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        const double fraction = 1 - static_cast<double>(i) / 6;
+        EXPECT_NEAR(360 - labels[i].centre().y - 20,
+                    knobCircle(slider.knobRect(fraction)).centre().y, 1e-9)
+            << i;
+    }
 }
 
 TEST(TickGeometry, AClickFiveBelowALabelMeansItAndFiveAboveDoesnt) {
