@@ -8,6 +8,7 @@ import time
 import unittest
 
 PROGRAM = os.environ["H8_CONTROLS"]
+FOLDER = os.path.dirname(os.path.abspath(__file__))
 A_WHILE = 60.0
 
 INSIDE = "inside the private session"
@@ -36,6 +37,10 @@ def run_in_private_session(folder):
         environment[name] = folder
     environment.update(LC_ALL="C.UTF-8", GSETTINGS_BACKEND="memory",
                        QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
+    # What the sanitizers, where there are any, are to know of libraries that were built without them.
+    for name, option in (("ASAN_OPTIONS", f"suppressions={FOLDER}/address.supp"),
+                         ("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")):
+        environment[name] = ":".join(filter(None, [environment.get(name), option]))
 
     reading, writing = os.pipe()
     server = child(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1600x1000x24", "-nolisten",
@@ -73,6 +78,7 @@ class Controls(unittest.TestCase):
 
     @classmethod
     def find_window(cls):
+        assert cls.process.poll() is None, "the program has ended"
         desktop = cls.atspi.get_desktop(0)
         for application in range(desktop.get_child_count()):
             found = desktop.get_child_at_index(application)
