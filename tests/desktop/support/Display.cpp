@@ -19,8 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr auto startingLimit = 30s;
 constexpr auto askingInterval = 5ms;
-constexpr int width = 1600;
-constexpr int height = 1000;
+constexpr auto ordinaryScreen = "1600x1000";
 
 /// New windows get the focus; no key or button means anything to the window manager, so that each
 /// reaches the application at once.
@@ -69,10 +68,16 @@ std::vector<std::string> dyingWithUs(std::vector<std::string> command) {
     return command;
 }
 
-std::string pixels(int points) {
+/// The screen's size, as the server takes it.
+std::string screenInPixels() {
+    const char* const wanted = std::getenv("H8_TEST_SCREEN");
     const char* const scale = std::getenv("QT_SCALE_FACTOR");
     const double factor = scale == nullptr ? 1.0 : std::max(1.0, std::strtod(scale, nullptr));
-    return std::to_string(std::lround(points * factor));
+    char* rest = nullptr;
+    const double width = std::strtod(wanted == nullptr ? ordinaryScreen : wanted, &rest);
+    const double height = std::strtod(rest + 1, nullptr);
+    return std::to_string(std::lround(width * factor)) + "x" +
+           std::to_string(std::lround(height * factor)) + "x24";
 }
 
 } // namespace
@@ -86,8 +91,8 @@ Display::Display() {
 void Display::startServer() {
     const std::filesystem::path number = folder_ / "display";
     server_ = std::make_unique<ChildProcess>(
-        dyingWithUs({"Xvfb", "-displayfd", "1", "-screen", "0",
-                     pixels(width) + "x" + pixels(height) + "x24", "-nolisten", "tcp", "-noreset"}),
+        dyingWithUs({"Xvfb", "-displayfd", "1", "-screen", "0", screenInPixels(), "-nolisten",
+                     "tcp", "-noreset"}),
         number);
     Bytes text;
     waitUntil(

@@ -13,7 +13,8 @@ namespace deckmate::test {
 /// its children find this display and nothing of the user's: no home, no configuration, no desktop,
 /// no bus, no theme.
 ///
-/// The screen is 1600 by 1000 points, with as many pixels as QT_SCALE_FACTOR asks for.
+/// The screen is 1600 by 1000 points, or what H8_TEST_SCREEN says ("800x600"), with as many pixels
+/// as QT_SCALE_FACTOR asks for.
 class Display {
 public:
     /// Returns when windows are managed. Throws std::runtime_error if that takes too long.

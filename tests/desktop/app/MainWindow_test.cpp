@@ -1,0 +1,103 @@
+#include "app/WindowController.h"
+
+#include "desktop/app/LookEnvironment.h"
+#include "desktop/app/XWindows.h"
+#include "desktop/support/Desktop.h"
+#include "support/SoundServer.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+
+#include <QApplication>
+#include <QMainWindow>
+#include <QScreen>
+
+namespace deckmate {
+namespace {
+
+using test::ChildProcess;
+using test::Desktop;
+using test::XWindows;
+
+[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new test::LookEnvironment);
+
+constexpr auto title = "ORLO H8 Deckmate";
+constexpr QColor background(0x17, 0x19, 0x1C);
+
+XWindows::Window managed(const XWindows& windows) {
+    std::optional<XWindows::Window> found;
+    EXPECT_TRUE(Desktop::waitFor([&] {
+        found = windows.titled(title);
+        return found.has_value();
+    }));
+    return found.value_or(0);
+}
+
+/// In pixels, of a window of this size in the middle of the screen.
+QRect middle() {
+    const QSize screen = QApplication::primaryScreen()->size();
+    const auto ratio = static_cast<int>(QApplication::primaryScreen()->devicePixelRatio());
+    return {(screen.width() - 1050) / 2 * ratio, (screen.height() - 668) / 2 * ratio, 1050 * ratio,
+            668 * ratio};
+}
+
+TEST(MainWindow, ItHasItsSizeInTheMiddleOfTheScreenWhateverTheScreensSize) {
+    WindowController controller;
+    Desktop::get().show(controller.window());
+    const XWindows windows;
+    const auto id = managed(windows);
+    EXPECT_TRUE(Desktop::waitFor([&] { return windows.place(id) == middle(); }))
+        << windows.place(id).x() << ' ' << windows.place(id).y() << ' ' << windows.place(id).width()
+        << ' ' << windows.place(id).height();
+}
+
+TEST(MainWindow, AnotherStartDoesntRememberWhereTheWindowWas) {
+    const XWindows windows;
+    {
+        WindowController controller;
+        Desktop::get().show(controller.window());
+        controller.window().setGeometry(10, 40, 700, 500);
+        Desktop::get().settle();
+    }
+    WindowController controller;
+    Desktop::get().show(controller.window());
+    EXPECT_TRUE(Desktop::waitFor([&] { return windows.place(managed(windows)) == middle(); }));
+}
+
+TEST(MainWindow, ItIsOfTheApplicationsColour) {
+    WindowController controller;
+    Desktop::get().show(controller.window());
+    QWidget& content = *controller.window().centralWidget();
+    EXPECT_TRUE(Desktop::waitFor([&] {
+        return test::colourAt(Desktop::shown(content), {525, 334}) == background;
+    }));
+}
+
+TEST(MainWindow, ClosingItEndsTheProgram) {
+    const XWindows windows;
+    ChildProcess program({DECKMATE_PROGRAM});
+    windows.close(managed(windows));
+    EXPECT_TRUE(program.hasSucceeded());
+}
+
+TEST(MainWindow, TheProgramsWindowIsTheControllers) {
+    const XWindows windows;
+    ChildProcess program({DECKMATE_PROGRAM});
+    const auto id = managed(windows);
+    EXPECT_TRUE(Desktop::waitFor([&] { return windows.place(id) == middle(); }));
+    windows.close(id);
+    EXPECT_TRUE(program.hasSucceeded());
+}
+
+TEST(MainWindow, WithoutADisplayTheProgramSaysSoAndFails) {
+    const test::TemporaryFolder folder;
+    const auto log = (folder / "log").string();
+    ChildProcess program({"sh", "-c", "DISPLAY=:none exec " DECKMATE_PROGRAM " 2>&1"}, log);
+    EXPECT_FALSE(program.hasSucceeded());
+    const auto bytes = test::contentsOf(log);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()),
+              "orlo-h8-deckmate: no display to open a window on\n");
+}
+
+} // namespace
+} // namespace deckmate
