@@ -2,6 +2,8 @@
 
 #include "controls/Resources.h"
 
+#include <utility>
+
 #include <QPainter>
 #include <QPixmap>
 
@@ -13,9 +15,8 @@ constexpr qreal disabledOpacity = 0.4;
 
 } // namespace
 
-ImageView::ImageView(const QString& name, const QSize& size, const QString& description,
-                     QWidget* parent)
-    : QLabel(parent), name_(name) {
+ImageView::ImageView(QString name, const QSize& size, const QString& description, QWidget* parent)
+    : QLabel(parent), name_(std::move(name)) {
     setFixedSize(size);
     setAccessibleName(description);
     setPixmap(image(name_, size, devicePixelRatioF()));

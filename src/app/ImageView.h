@@ -12,7 +12,7 @@ class ImageView : public QLabel {
 public:
     /// `size` in points, of which it takes no more and no less. `description` is what a person who
     /// can't see it is told; none for decoration.
-    ImageView(const QString& name, const QSize& size, const QString& description = {},
+    ImageView(QString name, const QSize& size, const QString& description = {},
               QWidget* parent = nullptr);
 
 protected:

@@ -11,6 +11,7 @@
 
 #include <QHeaderView>
 #include <QHelpEvent>
+#include <QScreen>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QToolTip>
@@ -197,7 +198,7 @@ TEST(ImageView, ItHasAsManyPixelsAsTheScreen) {
     ImageView view("orlo", QSize(152, 40), "ORLO");
     Desktop::get().show(view);
     EXPECT_EQ(view.pixmap(Qt::ReturnByValue).size(),
-              QSize(152, 40) * qEnvironmentVariableIntValue("QT_SCALE_FACTOR"));
+              QSize(152, 40) * view.screen()->devicePixelRatio());
 }
 
 TEST(ImageView, DisabledItIsFaded) {
