@@ -6,6 +6,7 @@
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
 
 namespace deckmate::test {
 
@@ -85,6 +86,39 @@ QRect XWindows::place(Window window) const {
 bool XWindows::allows(Window window, const std::string& action) const {
     const auto actions = impl_->numbers(window, "_NET_WM_ALLOWED_ACTIONS");
     return std::find(actions.begin(), actions.end(), impl_->atom(action)) != actions.end();
+}
+
+std::uint32_t XWindows::pixel(Window window, const QPoint& place) const {
+    XImage* const image =
+        XGetImage(impl_->display, window, place.x(), place.y(), 1, 1, AllPlanes, ZPixmap);
+    if (image == nullptr) {
+        throw std::runtime_error("no such pixel");
+    }
+    const auto pixel = static_cast<std::uint32_t>(XGetPixel(image, 0, 0));
+    XDestroyImage(image);
+    return pixel & 0xFFFFFF;
+}
+
+XWindows::Window XWindows::frame(Window window) const {
+    ::Window outermost = window;
+    ::Window parent = window;
+    ::Window root = None;
+    while (parent != root) {
+        outermost = parent;
+        ::Window* children = nullptr;
+        unsigned count = 0;
+        if (XQueryTree(impl_->display, outermost, &root, &parent, &children, &count) == 0) {
+            throw std::runtime_error("no such window");
+        }
+        XFree(children);
+    }
+    return static_cast<Window>(outermost);
+}
+
+bool XWindows::isFrameShown(Window frame) const {
+    XWindowAttributes attributes = {};
+    return XGetWindowAttributes(impl_->display, frame, &attributes) != 0 &&
+           attributes.map_state == IsViewable;
 }
 
 void XWindows::close(Window window) const {

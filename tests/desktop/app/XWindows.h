@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include <QPoint>
 #include <QRect>
 
 namespace deckmate::test {
@@ -30,6 +31,13 @@ public:
     QRect place(Window window) const;
     /// Whether the window manager would do this ("_NET_WM_ACTION_RESIZE", ...) for the user.
     bool allows(Window window, const std::string& action) const;
+    /// Red, green and blue of a pixel of the window; nothing counts that the application has yet to
+    /// send.
+    std::uint32_t pixel(Window window, const QPoint& place) const;
+    /// The outermost window that the window manager has put around it.
+    Window frame(Window window) const;
+    /// Whether such a window still exists and is on the screen.
+    bool isFrameShown(Window frame) const;
     /// What the title bar's close button asks for.
     void close(Window window) const;
 
