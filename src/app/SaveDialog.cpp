@@ -1,0 +1,137 @@
+#include "app/SaveDialog.h"
+
+#include "app/FolderHelper.h"
+#include "export/ExportSave.h"
+
+#include <string>
+#include <system_error>
+
+#include <QDir>
+#include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+
+namespace deckmate {
+
+namespace {
+
+constexpr auto message = "Please select a path where to save decoded wav.";
+constexpr int nameWidth = 400; ///< of a name inside a question, in points
+constexpr int margin = 8;
+
+QString textOf(const std::filesystem::path& path) {
+    return QString::fromStdString(path.native());
+}
+
+std::filesystem::path bytesOf(const QString& text) {
+    return text.toStdString();
+}
+
+/// The folder, or the nearest one around it, that exists and whose name is text.
+QString showableFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::path shown = std::filesystem::absolute(folder, error);
+    while (shown.has_relative_path() &&
+           (bytesOf(textOf(shown)) != shown || !std::filesystem::is_directory(shown, error))) {
+        shown = shown.parent_path();
+    }
+    return textOf(shown);
+}
+
+} // namespace
+
+SaveDialog::SaveDialog(const std::filesystem::path& source, const std::filesystem::path& dirPath,
+                       QWidget* parent)
+    : QFileDialog(parent), source_(source), proposedName_(proposedName(source)),
+      shownName_(textOf(proposedName_)) {
+    setObjectName("saveDialog");
+    setOptions(DontUseNativeDialog | DontUseCustomDirectoryIcons);
+    setAcceptMode(AcceptSave);
+    setFileMode(AnyFile);
+    setNameFilter("WAV (*.wav)");
+    setWindowTitle("Saving checkboard...");
+    setDirectory(showableFolder(dirPath));
+
+    auto* const label = new QLabel(message, this);
+    label->setObjectName("message");
+    label->setContentsMargins(margin, margin, margin, 0);
+    layout()->setMenuBar(label); // the place above everything else
+
+    fileName_ = findChild<QLineEdit*>("fileNameEdit");
+    propose();
+}
+
+void SaveDialog::propose() {
+    fileName_->setText(shownName_);
+    fileName_->setFocus();
+    // So that typing replaces the name and leaves the ending.
+    fileName_->setSelection(0, static_cast<int>(textOf(proposedName_.stem()).size()));
+}
+
+void SaveDialog::accept() {
+    const QString typed = fileName_->text();
+    if (typed.isEmpty()) {
+        return;
+    }
+    const std::filesystem::path path = pathOf(typed);
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) {
+        enter(textOf(path));
+    } else if (mayBeWritten(withWavEnding(path))) {
+        chosenPath_ = path;
+        done(Accepted);
+    }
+}
+
+void SaveDialog::enter(const QString& folder) {
+    setDirectory(folder);
+    propose();
+}
+
+// Read here rather than asked of the base class, which takes quotation marks in a name for those
+// around several names.
+std::filesystem::path SaveDialog::pathOf(QString typed) const {
+    typed.remove(QChar(QChar::Null)); // pasted, it would end the name early
+    if (typed.startsWith("~/")) {
+        return bytesOf(QDir::homePath() + typed.mid(1));
+    }
+    return bytesOf(directory().absolutePath()) /
+           (typed == shownName_ ? proposedName_ : bytesOf(typed));
+}
+
+bool SaveDialog::mayBeWritten(const std::filesystem::path& target) {
+    std::error_code error;
+    // The recording's own file won't be overwritten, whatever the answer.
+    if (!std::filesystem::is_regular_file(target, error) || isSameFile(target, source_)) {
+        return true;
+    }
+    const QString name = displayName(target.filename().native());
+    QMessageBox question(this);
+    question.setObjectName("overwrite");
+    question.setIcon(QMessageBox::Warning);
+    question.setWindowTitle(windowTitle());
+    question.setTextFormat(Qt::PlainText);
+    question.setText(QStringLiteral("%1 already exists.\nDo you want to replace it?")
+                         .arg(question.fontMetrics().elidedText(name, Qt::ElideMiddle, nameWidth)));
+    QPushButton* const replace = question.addButton("Replace", QMessageBox::AcceptRole);
+    replace->setObjectName("btnReplace");
+    QPushButton* const keep = question.addButton("Cancel", QMessageBox::RejectRole);
+    keep->setObjectName("btnKeep");
+    question.setDefaultButton(keep);
+    question.exec();
+    return question.clickedButton() == replace;
+}
+
+std::optional<std::filesystem::path> askForTarget(const std::filesystem::path& source,
+                                                  const std::filesystem::path& dirPath,
+                                                  QWidget* parent) {
+    SaveDialog dialog(source, dirPath, parent);
+    if (dialog.exec() != QDialog::Accepted) {
+        return std::nullopt;
+    }
+    return dialog.chosenPath();
+}
+
+} // namespace deckmate

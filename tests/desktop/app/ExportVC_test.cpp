@@ -1,0 +1,363 @@
+#include "desktop/app/ExportSheet.h"
+#include "desktop/app/XWindows.h"
+
+#include <optional>
+
+#include <QCheckBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+
+namespace deckmate::test {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The save dialog is not asked: it is as if the user had chosen `target` there.
+class ExportVCTest : public ExportSheet {
+protected:
+    ExportVCTest() {
+        noteAlerts();
+        sheet->chooseTarget = [this](const auto&...) {
+            ++asked;
+            return target;
+        };
+    }
+
+    QRadioButton* radio24() const { return find<QRadioButton>("radio24"); }
+    QRadioButton* radio32() const { return find<QRadioButton>("radio32"); }
+    QCheckBox* normalize() const { return find<QCheckBox>("checkboxNormalize"); }
+    void save() { clickOn("btnSave"); }
+
+    std::optional<std::filesystem::path> target = folder / "out.WAV";
+    int asked = 0;
+};
+
+TEST_F(ExportVCTest, BeginsWithTheCommonFormatAndTheGain) {
+    show();
+    EXPECT_TRUE(radio24()->isChecked());
+    EXPECT_FALSE(radio32()->isChecked());
+    EXPECT_FALSE(normalize()->isChecked());
+}
+
+TEST_F(ExportVCTest, TitlesAreWhiteAndVerbatim) {
+    show();
+    EXPECT_EQ(radio24()->text(), "24-bit Linear");
+    EXPECT_EQ(radio32()->text(), "32-bit Float");
+    for (QRadioButton* const radio : {radio24(), radio32()}) {
+        const QImage image = Desktop::painted(*radio);
+        int white = 0; // of the letters: to the right of the ring
+        for (int x = image.width() / 3; x < image.width(); ++x) {
+            for (int y = 0; y < image.height(); ++y) {
+                white += image.pixelColor(x, y) == QColor(Qt::white) ? 1 : 0;
+            }
+        }
+        EXPECT_GT(white, 0) << radio->objectName().toStdString();
+    }
+}
+
+TEST_F(ExportVCTest, IsAWindowOfFixedSizeInTheMiddleOfItsParents) {
+    show();
+    EXPECT_EQ(sheet->windowTitle(), "Export");
+    EXPECT_EQ(sheet->minimumSize(), sheet->maximumSize());
+    const XWindows windows;
+    const auto id = static_cast<XWindows::Window>(sheet->winId());
+    ASSERT_TRUE(Desktop::waitFor([&] { return windows.allows(id, "_NET_WM_ACTION_CLOSE"); }));
+    EXPECT_FALSE(windows.allows(id, "_NET_WM_ACTION_MAXIMIZE_HORZ"));
+    EXPECT_FALSE(windows.allows(id, "_NET_WM_ACTION_RESIZE"));
+    EXPECT_EQ(sheet->palette().color(QPalette::Window), QColor(0x17, 0x19, 0x1C));
+    EXPECT_TRUE(Desktop::waitFor([&] {
+        const QPoint offset = sheet->geometry().center() - window.geometry().center();
+        return offset.manhattanLength() <= 2;
+    }));
+}
+
+TEST_F(ExportVCTest, NamesTheRecording) {
+    show();
+    EXPECT_EQ(find<QLabel>("lblFileName")->text(), "take.wav");
+}
+
+TEST_F(ExportVCTest, EveryControlIsInsideAndTold) {
+    show();
+    for (const char* const name :
+         {"radio24", "radio32", "checkboxNormalize", "btnCancel", "btnSave"}) {
+        auto* const control = find<QAbstractButton>(name);
+        ASSERT_NE(control, nullptr) << name;
+        EXPECT_TRUE(sheet->rect().contains(control->geometry())) << name;
+        EXPECT_FALSE(control->text().isEmpty()) << name;
+    }
+    EXPECT_FALSE(normalize()->accessibleDescription().isEmpty());
+}
+
+TEST_F(ExportVCTest, TheFormatsExcludeEachOther) {
+    show();
+    clickOn("radio32");
+    EXPECT_TRUE(radio32()->isChecked());
+    EXPECT_FALSE(radio24()->isChecked());
+    clickOn("radio24");
+    EXPECT_TRUE(radio24()->isChecked());
+    EXPECT_FALSE(radio32()->isChecked());
+}
+
+TEST_F(ExportVCTest, WorksByKeysAlone) {
+    show();
+    desktop.tap("Down"); // from 24-bit to 32-bit
+    desktop.tap("Tab");
+    desktop.tap("space");
+    desktop.tap("Return");
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_EQ(bitsOf(*target), 32U);
+    EXPECT_THAT(choicesLogged(), ElementsAre("Normalize is = ON"));
+}
+
+TEST_F(ExportVCTest, Writes24BitSamplesWithTheGain) {
+    show();
+    save();
+    EXPECT_EQ(bitsOf(*target), 24U);
+    // Half of 8388607 and so on, cut toward zero.
+    EXPECT_EQ(samplesOf(*target), pcm24({4194303, -2097151, 1048575, 0}));
+    EXPECT_THAT(choicesLogged(), ElementsAre("24 bit is = ON"));
+    EXPECT_THAT(alerts, IsEmpty());
+}
+
+TEST_F(ExportVCTest, Writes32BitFloats) {
+    show();
+    clickOn("radio32");
+    save();
+    EXPECT_EQ(bitsOf(*target), 32U);
+    EXPECT_EQ(samplesOf(*target), floats({0.5F, -0.25F, 0.125F, 0.0F}));
+    EXPECT_THAT(choicesLogged(), IsEmpty());
+}
+
+TEST_F(ExportVCTest, NormalizingLeavesTheGainOut) {
+    recording_->setGain(-12);
+    show();
+    clickOn("radio32");
+    clickOn("checkboxNormalize");
+    save();
+    EXPECT_EQ(samplesOf(*target), floats({1.0F, -0.5F, 0.25F, 0.0F}));
+    EXPECT_THAT(choicesLogged(), ElementsAre("Normalize is = ON"));
+}
+
+TEST_F(ExportVCTest, BothChoicesAreLoggedInTheirOrder) {
+    show();
+    clickOn("checkboxNormalize");
+    save();
+    EXPECT_THAT(choicesLogged(), ElementsAre("24 bit is = ON", "Normalize is = ON"));
+}
+
+TEST_F(ExportVCTest, SuccessClosesTheSheetAndReloadsTheList) {
+    show();
+    save();
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_EQ(eventsFired(), 1);
+    EXPECT_FALSE(events().wasSheetUp);
+    EXPECT_THAT(alerts, IsEmpty());
+    EXPECT_EQ(contentsOf(source), original);
+}
+
+TEST_F(ExportVCTest, FirstTheSheetGoesThenTheListReloadsThenTheAlertComes) {
+    target = source;
+    int eventsAtAlert = 0;
+    bool wasSheetUpAtAlert = true;
+    sheet->showAlert = [&](QWidget* parent, const QString& text) {
+        EXPECT_EQ(parent, &window);
+        alerts.push_back(text.toStdString());
+        eventsAtAlert = eventsFired();
+        wasSheetUpAtAlert = sheet->isVisible();
+    };
+    show();
+    save();
+    EXPECT_FALSE(events().wasSheetUp);
+    EXPECT_EQ(eventsAtAlert, 1);
+    EXPECT_FALSE(wasSheetUpAtAlert);
+    EXPECT_THAT(alerts, ElementsAre("Fail to open."));
+}
+
+TEST_F(ExportVCTest, TheSourceIsRefusedAndNothingLogged) {
+    target = source;
+    show();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to open."));
+    EXPECT_THAT(choicesLogged(), IsEmpty());
+    EXPECT_EQ(contentsOf(source), original);
+}
+
+TEST_F(ExportVCTest, TheSourceIsRefusedWithoutItsEndingToo) {
+    std::filesystem::rename(source, folder / "take.WAV");
+    recording_ = std::make_shared<Export>(folder / "take.WAV");
+    sheet->setExporter(recording_);
+    target = folder / "take";
+    show();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to open."));
+    EXPECT_EQ(contentsOf(folder / "take.WAV"), original);
+}
+
+TEST_F(ExportVCTest, TheSourceIsRefusedThroughALink) {
+    std::filesystem::create_symlink(source, folder / "link.wav");
+    target = folder / "link.wav";
+    show();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to open."));
+    EXPECT_EQ(contentsOf(source), original);
+}
+
+TEST_F(ExportVCTest, AFileIsNoFolderToSaveIn) {
+    target = source / "out.WAV";
+    show();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to save."));
+    EXPECT_EQ(eventsFired(), 1);
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_EQ(contentsOf(source), original);
+}
+
+TEST_F(ExportVCTest, AFullDeviceFails) {
+    std::filesystem::create_symlink("/dev/full", folder / "full.WAV");
+    target = folder / "full.WAV";
+    show();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to save."));
+}
+
+TEST_F(ExportVCTest, ARecordingThatWasClosedBehindTheSheetFails) {
+    show();
+    recording_->cleanUp();
+    save();
+    EXPECT_THAT(alerts, ElementsAre("Fail to save."));
+    EXPECT_THAT(choicesLogged(), ElementsAre("24 bit is = ON"));
+    EXPECT_FALSE(std::filesystem::exists(*target));
+}
+
+TEST_F(ExportVCTest, TheSheetKeepsTheRecordingThatItsOwnerDrops) {
+    show();
+    recording_.reset();
+    save();
+    EXPECT_EQ(samplesOf(*target).size(), 12U);
+}
+
+TEST_F(ExportVCTest, ANameWithoutTheEndingGetsIt) {
+    target = folder / "mix.mp3";
+    show();
+    save();
+    EXPECT_EQ(samplesOf(folder / "mix.mp3.WAV").size(), 12U);
+    EXPECT_FALSE(std::filesystem::exists(folder / "mix.mp3"));
+}
+
+TEST_F(ExportVCTest, AnEndingInAnyCaseIsKept) {
+    target = folder / "mix.wAv";
+    show();
+    save();
+    EXPECT_EQ(samplesOf(folder / "mix.wAv").size(), 12U);
+}
+
+TEST_F(ExportVCTest, WithoutATargetTheSheetStaysAndNothingHappens) {
+    target.reset();
+    show();
+    clickOn("radio32");
+    save();
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_TRUE(radio32()->isChecked());
+    EXPECT_EQ(eventsFired(), 0);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    target = folder / "second.WAV";
+    save();
+    EXPECT_EQ(bitsOf(*target), 32U);
+}
+
+TEST_F(ExportVCTest, CancelClosesTheSheetAndNothingElse) {
+    show();
+    clickOn("btnCancel");
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(eventsFired(), 0);
+}
+
+TEST_F(ExportVCTest, EscapeCancels) {
+    show();
+    desktop.tap("Escape");
+    EXPECT_FALSE(sheet->isVisible());
+    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(eventsFired(), 0);
+}
+
+TEST_F(ExportVCTest, ASheetThatIsGoneSavesNothing) {
+    show();
+    clickOn("btnCancel");
+    sheet->btnSave_Click(); // as a click does that was made before
+    EXPECT_EQ(asked, 0);
+    EXPECT_EQ(eventsFired(), 0);
+}
+
+TEST_F(ExportVCTest, SaveWhileTheTargetIsBeingChosenAsksOnce) {
+    sheet->chooseTarget = [this](const auto&...) {
+        ++asked;
+        sheet->btnSave_Click();
+        return target;
+    };
+    show();
+    save();
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(eventsFired(), 1);
+}
+
+TEST_F(ExportVCTest, TheSheetMayBeDestroyedWhileTheTargetIsChosen) {
+    sheet->chooseTarget = [this](const auto&...) {
+        sheet.reset();
+        return target;
+    };
+    show();
+    sheet->btnSave_Click();
+    EXPECT_EQ(eventsFired(), 0);
+    EXPECT_FALSE(std::filesystem::exists(*target));
+}
+
+TEST_F(ExportVCTest, PresentedModallyItReturnsWhenTheAlertIsRead) {
+    target = source;
+    desktop.show(window);
+    sheet->setParentFrame(window.geometry());
+    answers.add("ExportVC", [&](QWidget& /*window*/) { save(); });
+    EXPECT_EQ(sheet->exec(), QDialog::Accepted);
+    EXPECT_THAT(alerts, ElementsAre("Fail to open."));
+    EXPECT_EQ(eventsFired(), 1);
+}
+
+TEST_F(ExportVCTest, TheAlertHasOneButtonAndNoMoreThanTheReason) {
+    sheet->showAlert = ExportVC().showAlert;
+    target = source;
+    show();
+    answers.add("alert", [&](QWidget& alert) {
+        auto& box = dynamic_cast<QMessageBox&>(alert);
+        EXPECT_EQ(box.icon(), QMessageBox::NoIcon);
+        EXPECT_EQ(box.text(), "");
+        EXPECT_EQ(box.informativeText(), "Fail to open.");
+        ASSERT_EQ(box.buttons().size(), 1);
+        EXPECT_EQ(box.buttons().front()->text(), "Ok");
+        clickOn(box.buttons().front());
+    });
+    save();
+}
+
+class AlertKeys : public ExportVCTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(AlertKeys, CloseTheAlert) {
+    sheet->showAlert = ExportVC().showAlert;
+    target = source;
+    show();
+    answers.add("alert", [&](QWidget& alert) {
+        desktop.tap(GetParam());
+        EXPECT_FALSE(alert.isVisible());
+    });
+    save();
+    EXPECT_EQ(eventsFired(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, AlertKeys, testing::Values("Return", "Escape", "space"));
+
+} // namespace
+
+} // namespace deckmate::test
