@@ -2,16 +2,20 @@
 #include "StyleBoard.h"
 
 #include "app/AboutVC.h"
+#include "app/Alert.h"
+#include "app/ExportVC.h"
 #include "app/IntroductionVC.h"
 #include "app/Look.h"
 #include "app/NodeviceVC.h"
 
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 
 #include <QApplication>
 #include <QDir>
 #include <QPixmap>
+#include <QTimer>
 #include <QWidget>
 
 namespace {
@@ -29,6 +33,21 @@ bool save(QWidget& window, const QDir& folder, const char* name) {
     return true;
 }
 
+/// An alert returns only when it was closed.
+bool saveAlert(const QDir& folder) {
+    bool isSaved = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        QWidget* const alert = QApplication::activeModalWidget();
+        isSaved = save(*alert, folder, "alert");
+        alert->close();
+    });
+    timer.start(0);
+    showAlert(nullptr, "File not supported.");
+    return isSaved;
+}
+
 bool saveAll(const QDir& folder) {
     AboutVC about;
     about.setVersionString("1.0.12");
@@ -36,10 +55,13 @@ bool saveAll(const QDir& folder) {
     IntroductionVC introductionFromMenu;
     introductionFromMenu.setFromMenu(true);
     NodeviceVC noDevice;
+    ExportVC exportSheet;
+    exportSheet.setExporter(std::make_shared<Export>("H8_0002.WAV"));
     const auto style = makeStyleBoard();
     return save(about, folder, "about") && save(introduction, folder, "introduction") &&
            save(introductionFromMenu, folder, "introduction-from-menu") &&
-           save(noDevice, folder, "no-device") && save(*style, folder, "style");
+           save(noDevice, folder, "no-device") && save(exportSheet, folder, "export") &&
+           saveAlert(folder) && save(*style, folder, "style");
 }
 
 } // namespace
