@@ -150,8 +150,11 @@ void ExportVC::btnSave_Click() {
     if (!isVisible() || std::exchange(isAsking_, true)) {
         return;
     }
+    // Held here, because the sheet may be destroyed while the user chooses.
     const QPointer<ExportVC> self(this);
-    const auto chosen = chooseTarget(exporter_->getFilePath(), exporter_->getDirPath(), this);
+    const auto choose = chooseTarget;
+    const auto recording = exporter_;
+    const auto chosen = choose(recording->getFilePath(), recording->getDirPath(), this);
     if (self == nullptr) {
         return; // the program ends
     }
