@@ -56,6 +56,7 @@ public:
     explicit AlsaWorld(bool hasEventLists) {
         setenv(midiPathVariable, hasEventLists ? "events" : "packets", 1);
         midi_ = makeAlsaMidi();
+        EXPECT_EQ(midi_->hasEventLists(), hasEventLists);
     }
     ~AlsaWorld() override { unsetenv(midiPathVariable); }
     AlsaWorld(const AlsaWorld&) = delete;
