@@ -21,6 +21,13 @@ bool isDevice(MidiRef endpoint) {
     return NameOfEndpoint(endpoint).starts_with(deviceName);
 }
 
+/// The manager, null when it has gone. The token is not kept, so that it expires even if the
+/// manager goes inside the call that is about to be made.
+MIDIManager* alive(const std::weak_ptr<MIDIManager*>& life) {
+    const auto token = life.lock();
+    return token ? *token : nullptr;
+}
+
 } // namespace
 
 std::string NameOfEndpoint(MidiRef endpoint) {
@@ -44,8 +51,8 @@ MIDIManager::MIDIManager() {
     // The client stays when this goes.
     client_ =
         Midi::current().createClient(clientName, [weak = std::weak_ptr(life_)](MidiNotice notice) {
-            if (const auto life = weak.lock()) {
-                NotifyStatusFromK22CB(notice, **life);
+            if (MIDIManager* const manager = alive(weak)) {
+                NotifyStatusFromK22CB(notice, *manager);
             }
         });
 }
@@ -118,14 +125,21 @@ MidiStatus MIDIManager::buildPortForReadDataFromHW(MidiRef client) {
     if (midi.hasEventLists()) {
         return midi.createInputPort(
             client, "Input Port",
-            Midi::EventReader([this](const MIDIEventList& events) { receiveForMacOS11(events); }),
+            Midi::EventReader([weak = std::weak_ptr(life_)](const MIDIEventList& events) {
+                if (MIDIManager* const manager = alive(weak)) {
+                    manager->receiveForMacOS11(events);
+                }
+            }),
             readPort_);
     }
-    return midi.createInputPort(client, "Input",
-                                Midi::PacketReader([this](const MIDIPacketList& packets) {
-                                    receiveForMacOS10(packets, *this);
-                                }),
-                                readPort_);
+    return midi.createInputPort(
+        client, "Input",
+        Midi::PacketReader([weak = std::weak_ptr(life_)](const MIDIPacketList& packets) {
+            if (MIDIManager* const manager = alive(weak)) {
+                receiveForMacOS10(packets, *manager);
+            }
+        }),
+        readPort_);
 }
 
 void MIDIManager::startTimerConnected() {
@@ -210,9 +224,13 @@ void MIDIManager::sendForMacOS10(std::span<const std::uint8_t> bytes) {
 }
 
 void MIDIManager::receiveForMacOS10(const MIDIPacketList& packets, MIDIManager& manager) {
+    const std::weak_ptr life(manager.life_);
     MIDIPacketList::Walk walk(packets);
     std::uint32_t count = 0;
     while (const MIDIPacket* const packet = walk.next()) {
+        if (life.expired()) {
+            return;
+        }
         ++count;
         if (manager.delegate_ != nullptr) {
             manager.delegate_->MIDIManagerReceivedData_iOS13(*packet,
@@ -222,7 +240,11 @@ void MIDIManager::receiveForMacOS10(const MIDIPacketList& packets, MIDIManager& 
 }
 
 void MIDIManager::receiveForMacOS11(const MIDIEventList& events) {
+    const std::weak_ptr life(life_);
     for (const MIDIEventPacket& packet : events.packets) {
+        if (life.expired()) {
+            return;
+        }
         if (delegate_ != nullptr) {
             delegate_->MIDIManagerReceivedData(packet);
         }

@@ -14,7 +14,8 @@ namespace deckmate {
 
 class Timer;
 
-/// Hears of the link. May be called on any thread.
+/// Hears of the link. May be called on any thread. May empty MIDIManager::s_midi() inside any of
+/// these.
 class MIDIManagerCB {
 public:
     MIDIManagerCB() = default;
@@ -113,7 +114,7 @@ private:
     std::unique_ptr<Timer> timer_connected_;
     std::array<std::uint8_t, 10000> packetBuffer_ = {};
     MIDIManagerCB* delegate_ = nullptr;
-    /// Expires with this, before the client's next notice.
+    /// Expires with this, which may be inside any call to the delegate.
     std::shared_ptr<MIDIManager*> life_ = std::make_shared<MIDIManager*>(this);
 };
 

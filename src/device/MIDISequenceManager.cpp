@@ -122,8 +122,9 @@ void MIDISequenceManager::exeCommand(std::span<const std::uint8_t> bytes, Callba
 
 void MIDISequenceManager::notifyUI_IFNeeded() {
     if (exeBlock_) {
+        const std::weak_ptr life(life_);
         Callback callback = std::exchange(exeBlock_, nullptr);
-        if (!callback(message())) {
+        if (!callback(message()) && !life.expired()) {
             exeBlock_ = std::move(callback);
         }
     }
@@ -135,11 +136,18 @@ void MIDISequenceManager::send(std::span<const std::uint8_t> /*bytes*/,
 }
 
 void MIDISequenceManager::notifyNewData(bool isCompleted) {
+    const std::weak_ptr life(life_);
     if (isCompleted) {
         notifyUI_IFNeeded();
+        if (life.expired()) {
+            return;
+        }
         const std::shared_ptr<MIDISequenceBase> current = current_seq_;
         const bool wasWaiting = !current->didCompleted();
         current->receivedMidi(message());
+        if (life.expired()) { // the answer to what it sent has been received meanwhile
+            return;
+        }
         // Not of one that had timed out before, nor if another one has begun meanwhile.
         const bool isNews = current == current_seq_ && (wasWaiting || current == s_NO_OP_);
         if (isNews && current->didCompleted()) {
@@ -148,7 +156,9 @@ void MIDISequenceManager::notifyNewData(bool isCompleted) {
             }
         }
     }
-    checkAndRunQueue();
+    if (!life.expired()) {
+        checkAndRunQueue();
+    }
 }
 
 } // namespace deckmate

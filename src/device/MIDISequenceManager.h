@@ -25,7 +25,8 @@ namespace deckmate {
 /// asked for. Thread: main.
 class MIDISequenceManager {
 public:
-    /// What happens with a complete message: YES if no further one is wanted.
+    /// What happens with a complete message: YES if no further one is wanted. This and the
+    /// completions of sequences may empty s_seq_controller().
     using Callback = std::function<bool(std::span<const std::uint8_t> message)>;
 
     /// The one there is; made by the first call.
@@ -114,6 +115,8 @@ private:
     std::function<void()> response_;
     Callback exeBlock_;
     bool is_message_received_finish_ios13_ = true;
+    /// Expires with this, which may be inside any call that a message leads to.
+    std::shared_ptr<const bool> life_ = std::make_shared<const bool>(true);
 };
 
 } // namespace deckmate

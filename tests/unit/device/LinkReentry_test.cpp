@@ -1,5 +1,6 @@
-// A user of the link who disconnects, scans or leaves from inside its calls.
+// A user of the link who disconnects, scans, leaves or drops it from inside its calls.
 #include "DeviceTest.h"
+#include "device/MIDICommon.h"
 
 namespace deckmate::test {
 namespace {
@@ -47,6 +48,7 @@ protected:
 
     static void disconnect() { manager().DeviceDisconnected(); }
     static void rescan() { manager().scanOrloDevice(); }
+    static void dropManager() { MIDIManager::s_midi().reset(); }
     void settle() {
         rescan();
         loop.advance(1s);
@@ -221,6 +223,153 @@ TEST_P(LinkReentry, AUserWhoLeavesWhenFoundHearsNoMore) {
     settle();
     unplug(device);
     EXPECT_THAT(meddler.heard, ElementsAre("found"));
+    expectNothingLeft();
+}
+
+TEST_P(LinkReentry, AManagerThatGoesInTheMiddleOfAListTellsNoMore) {
+    settle();
+    meddler.heard.clear();
+    meddler.onData = dropManager;
+    sendTwo();
+    EXPECT_THAT(meddler.heard, ElementsAre("data"));
+    expectNothingLeft();
+}
+
+// The client's notice is still under way when the list comes.
+TEST_P(LinkReentry, AManagerThatGoesInAListInsideANoticeTellsNoMore) {
+    meddler.onFound = [this] {
+        manager().connect();
+        sendTwo();
+    };
+    meddler.onData = dropManager;
+    midi.notifyLater(MidiNotice::objectAdded);
+    loop.runPending();
+    EXPECT_THAT(meddler.heard, ElementsAre("found", "data"));
+    expectNothingLeft();
+}
+
+TEST_P(LinkReentry, AManagerMayGoWhenItTellsOfTheLink) {
+    meddler.onFound = [] {
+        manager().connect();
+        dropManager();
+    };
+    midi.notifyLater(MidiNotice::objectAdded);
+    loop.runPending();
+    EXPECT_THAT(meddler.heard, ElementsAre("found"));
+    expectNothingLeft();
+
+    meddler.onFound = [] { manager().connect(); };
+    meddler.onConnected = dropManager;
+    manager().setDelegate(&meddler);
+    settle();
+    EXPECT_EQ(meddler.heard.back(), "connected");
+    expectNothingLeft();
+
+    meddler.onConnected = [] {};
+    meddler.onDisconnected = dropManager;
+    manager().setDelegate(&meddler);
+    settle();
+    unplug(device);
+    EXPECT_EQ(meddler.heard.back(), "disconnected");
+    expectNothingLeft();
+}
+
+/// A user who drops everything from inside what the sequences call.
+class SequenceReentry : public DeviceTest, public testing::WithParamInterface<bool> {
+protected:
+    SequenceReentry() : DeviceTest(GetParam()) {}
+
+    static void dropAll() {
+        MIDIManager::s_midi().reset();
+        MIDISequenceManager::s_seq_controller().reset();
+    }
+    void expectNothingLeft() {
+        // Nor has anybody asked for new ones.
+        EXPECT_EQ(MIDIManager::s_midi(), nullptr);
+        EXPECT_EQ(MIDISequenceManager::s_seq_controller(), nullptr);
+        EXPECT_EQ(midi.ports(), 0U);
+        EXPECT_EQ(loop.activeTimers(), 0U);
+    }
+    /// Two card reports in one list.
+    void reportTwice(InProcessDevice& from) {
+        if (GetParam()) {
+            const InProcessDevice::Words report = eventsOf(reply::cardState);
+            from.answerEvents({report, report});
+        } else {
+            from.answerPackets({reply::cardState, reply::cardState});
+        }
+    }
+
+    int calls = 0;
+
+private:
+    static InProcessDevice::Words eventsOf(const Bytes& message) {
+        InProcessDevice::Words words;
+        const auto packets = MIDICommon::convertByteToPacket(message);
+        for (const GLPacket& packet : packets.value()) {
+            words.insert(words.end(), packet.data.begin(), packet.data.end());
+        }
+        return words;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Paths, SequenceReentry, testing::Bool(),
+                         [](const auto& path) { return path.param ? "Events" : "Bytes"; });
+
+TEST_P(SequenceReentry, ACompletionMayEndEverything) {
+    InProcessDevice& device = connect();
+    sequences().startChangeBatteryTypeSeq(1, [this] {
+        ++calls;
+        dropAll();
+    });
+    sequences().startChangeAutoPowOffSeq(2, [this] { ++calls; });
+    device.answer(reply::batteryTypeSet);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(device.messages.size(), 1U);
+    expectNothingLeft();
+}
+
+TEST_P(SequenceReentry, ACompletionThatHearsReportsMayEndEverything) {
+    InProcessDevice& device = connect();
+    bool isIdle = false;
+    sequences().startConnectSeq([&] {
+        if (isIdle) {
+            ++calls;
+            dropAll();
+        }
+    });
+    for (std::size_t i = 0; i < 7; ++i) {
+        device.answer(reply::all()[i]);
+    }
+    isIdle = true;
+    reportTwice(device);
+    EXPECT_EQ(calls, 1);
+    expectNothingLeft();
+}
+
+TEST_P(SequenceReentry, ACommandsCallbackMayEndEverything) {
+    InProcessDevice& device = connect();
+    sequences().exeCommand(request::identity, [this](std::span<const std::uint8_t>) {
+        ++calls;
+        dropAll();
+        return false;
+    });
+    reportTwice(device);
+    EXPECT_EQ(calls, 1);
+    expectNothingLeft();
+}
+
+// Each answer comes while its request is being sent, the last one seven calls deep.
+TEST_P(SequenceReentry, AnAnswerThatComesAtOnceMayEndEverything) {
+    InProcessDevice& device = connect();
+    std::size_t answered = 0;
+    device.onMessage = [&](const Bytes&) { device.answer(reply::all()[answered++]); };
+    sequences().startConnectSeq([this] {
+        ++calls;
+        dropAll();
+    });
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(answered, 7U);
     expectNothingLeft();
 }
 
