@@ -13,6 +13,9 @@ namespace {
 
 constexpr std::size_t bytesPerPacket = 6;
 
+/// Scratch for a packet in the making.
+std::array<std::uint8_t, 32> s_share_buffer = {};
+
 enum SysExStatus : std::uint8_t { complete = 0, start = 1, proceed = 2, end = 3 };
 
 } // namespace
@@ -52,15 +55,15 @@ MIDICommon::convertByteToPacket(std::span<const std::uint8_t> bytes) {
 GLPacket MIDICommon::createPackage(std::uint8_t group, std::uint8_t status,
                                    std::span<const std::uint8_t> real_data) {
     const std::size_t count = std::min(real_data.size(), bytesPerPacket);
-    std::array<std::uint8_t, 2 + bytesPerPacket> bytes = {};
-    bytes[0] = static_cast<std::uint8_t>(0x30 | (group & 0xFU));
-    bytes[1] = static_cast<std::uint8_t>((status & 0xFU) << 4 | count);
-    std::copy_n(real_data.begin(), count, bytes.begin() + 2);
+    s_share_buffer.fill(0);
+    s_share_buffer[0] = static_cast<std::uint8_t>(0x30 | (group & 0xFU));
+    s_share_buffer[1] = static_cast<std::uint8_t>((status & 0xFU) << 4 | count);
+    std::copy_n(real_data.begin(), count, s_share_buffer.begin() + 2);
 
     GLPacket packet;
     packet.size = 2;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        packet.data[i / 4] = packet.data[i / 4] << 8 | bytes[i];
+    for (std::size_t i = 0; i < 2 + bytesPerPacket; ++i) {
+        packet.data[i / 4] = packet.data[i / 4] << 8 | s_share_buffer[i];
     }
     return packet;
 }

@@ -22,10 +22,10 @@ public:
 
     /// A System Exclusive message as packets of message type 3 ("Universal MIDI Packet (UMP)
     /// Format", 7.7), group 0. Nothing for what doesn't begin with F0; the last byte counts as F7
-    /// whatever it is.
+    /// whatever it is. Thread: main.
     static std::optional<std::vector<GLPacket>>
     convertByteToPacket(std::span<const std::uint8_t> bytes);
-    /// One such packet of up to six bytes.
+    /// One such packet of up to six bytes. Thread: main.
     static GLPacket createPackage(std::uint8_t group, std::uint8_t status,
                                   std::span<const std::uint8_t> real_data);
 

@@ -2,12 +2,18 @@
 
 namespace deckmate {
 
+namespace {
+
+constexpr std::uint64_t listening = 1;
+
+} // namespace
+
 void MIDIRecvSDCardRemain::startSequence() {
-    isListening_ = true;
+    seq_ = listening;
 }
 
 void MIDIRecvSDCardRemain::receivedMidi(std::span<const std::uint8_t> message) {
-    if (isListening_ && ORLODeviceInfo::isCardState(message)) {
+    if (seq_ == listening && ORLODeviceInfo::isCardState(message)) {
         deviceInfo_->storeCardState(message);
     }
 }
@@ -19,7 +25,7 @@ void MIDIRecvSDCardRemain::sequenceTimeOut(const std::string& description) {
 
 void MIDIRecvSDCardRemain::dispose() {
     MIDISequenceBase::dispose();
-    isListening_ = false;
+    seq_ = 0;
 }
 
 } // namespace deckmate

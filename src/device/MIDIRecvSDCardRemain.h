@@ -4,6 +4,7 @@
 #include "device/MIDISequenceBase.h"
 #include "device/ORLODeviceInfo.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -21,9 +22,10 @@ public:
     void setDeviceInfo(std::shared_ptr<ORLODeviceInfo> deviceInfo) {
         deviceInfo_ = std::move(deviceInfo);
     }
+    std::uint64_t seq() const { return seq_; }
 
 private:
-    bool isListening_ = false;
+    std::uint64_t seq_ = 0; ///< 1 while it listens
     std::shared_ptr<ORLODeviceInfo> deviceInfo_;
 };
 

@@ -13,35 +13,28 @@ namespace {
 
 using Manager = MIDISequenceManager;
 
-/// The message in the making.
-struct ReceiveBuffer {
-    std::array<std::uint8_t, Manager::capacity> bytes = {};
-    std::uint32_t count = 0;
-    bool isOverflowed = false; ///< bytes were dropped since the message began
+/// The message in the making, or the last one.
+std::array<std::uint8_t, Manager::capacity> S_MESSAGE_BYTE_ARR_FROM_K22 = {};
+std::uint32_t s_buffer_idx = 0;   ///< how many of its bytes count
+bool s_buffer_overflowed = false; ///< bytes were dropped since the message began
 
-    void begin() {
-        bytes.fill(0);
-        count = 0;
-        isOverflowed = false;
+void clearBuffer() {
+    S_MESSAGE_BYTE_ARR_FROM_K22.fill(0);
+    s_buffer_idx = 0;
+    s_buffer_overflowed = false;
+}
+
+void append(std::uint8_t byte) {
+    if (s_buffer_idx < Manager::capacity) {
+        S_MESSAGE_BYTE_ARR_FROM_K22[s_buffer_idx++] = byte;
+    } else {
+        s_buffer_overflowed = true;
     }
-
-    void append(std::uint8_t byte) {
-        if (count < Manager::capacity) {
-            bytes[count++] = byte;
-        } else {
-            isOverflowed = true;
-        }
-    }
-};
-
-ReceiveBuffer& buffer() {
-    static ReceiveBuffer theOne;
-    return theOne;
 }
 
 void beginSysEx() {
-    buffer().begin();
-    buffer().append(0xF0);
+    clearBuffer();
+    append(0xF0);
 }
 
 /// Bytes of a MIDI 1.0 message with its status byte.
@@ -74,7 +67,7 @@ void logMessage() {
 } // namespace
 
 std::span<const std::uint8_t> MIDISequenceManager::message() {
-    return std::span(buffer().bytes).first(buffer().count);
+    return std::span(S_MESSAGE_BYTE_ARR_FROM_K22).first(s_buffer_idx);
 }
 
 void MIDISequenceManager::receivedMidi(const MIDIEventPacket& packet) {
@@ -100,7 +93,7 @@ void MIDISequenceManager::insert_to_buffer(std::span<const std::uint32_t, 2> wor
     const std::array<std::uint32_t, 6> bytes = {words[0] >> 8,  words[0],      words[1] >> 24,
                                                 words[1] >> 16, words[1] >> 8, words[1]};
     for (std::uint32_t i = 0; i < count; ++i) {
-        buffer().append(static_cast<std::uint8_t>(bytes[i]));
+        append(static_cast<std::uint8_t>(bytes[i]));
     }
 }
 
@@ -109,9 +102,9 @@ void MIDISequenceManager::processMessage1(std::uint32_t word) {
     const std::array<std::uint8_t, 4> bytes = {0xF0, static_cast<std::uint8_t>(word >> 16),
                                                static_cast<std::uint8_t>(word >> 8),
                                                static_cast<std::uint8_t>(word)};
-    std::copy(bytes.begin(), bytes.end(), buffer().bytes.begin());
-    buffer().count = messageLength(bytes[1]) + 1;
-    buffer().isOverflowed = false;
+    std::copy(bytes.begin(), bytes.end(), S_MESSAGE_BYTE_ARR_FROM_K22.begin());
+    s_buffer_idx = messageLength(bytes[1]) + 1;
+    s_buffer_overflowed = false;
 }
 
 bool MIDISequenceManager::processSysEx(std::span<const std::uint32_t, 2> words) {
@@ -129,7 +122,7 @@ bool MIDISequenceManager::processSysEx(std::span<const std::uint32_t, 2> words) 
         return false;
     case 3: // end
         insert_to_buffer(words);
-        return !buffer().isOverflowed;
+        return !s_buffer_overflowed;
     default:
         return false;
     }
@@ -174,7 +167,7 @@ bool MIDISequenceManager::storeToBuffer(bool /*isLast*/, const MIDIPacket& packe
         return false;
     }
     if (packet.data[0] == 0xF0) {
-        buffer().begin();
+        clearBuffer();
         is_message_received_finish_ios13_ = false;
     } else if (is_message_received_finish_ios13_) {
         // The beginning was lost.
@@ -185,17 +178,17 @@ bool MIDISequenceManager::storeToBuffer(bool /*isLast*/, const MIDIPacket& packe
     const bool isEnd = packet.length == length && packet.data[length - 1] == 0xF7;
     const auto data = std::span(packet.data).first(isEnd ? length - 1 : length);
     for (const std::uint8_t byte : data) {
-        buffer().append(byte);
+        append(byte);
     }
     // Bytes that the packet claims beyond what it can hold count all the same.
     for (std::size_t i = length; i < packet.length; ++i) {
-        buffer().append(0);
+        append(0);
     }
     if (!isEnd) {
         return false;
     }
     is_message_received_finish_ios13_ = true;
-    if (buffer().isOverflowed) {
+    if (s_buffer_overflowed) {
         return false;
     }
     logMessage();
