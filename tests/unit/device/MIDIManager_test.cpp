@@ -153,10 +153,21 @@ TEST_P(MIDIManagerTest, GivingUpTheLinkFlushesBothEnds) {
 
 TEST_P(MIDIManagerTest, SendingWithoutALinkIsHarmless) {
     manager().send(request::identity);
+    user.connects = false;
+    InProcessDevice& device = plug();
+    manager().send(request::identity);
+    EXPECT_EQ(device.sends, 0U);
+    EXPECT_THAT(device.messages, IsEmpty());
+}
+
+TEST_P(MIDIManagerTest, SendingThatFailsIsHarmless) {
     InProcessDevice& device = connect();
     midi.canSend = false;
     manager().send(request::identity);
     EXPECT_THAT(device.messages, IsEmpty());
+    midi.canSend = true;
+    manager().send(request::version);
+    EXPECT_THAT(device.messages, ElementsAre(request::version));
 }
 
 TEST_P(MIDIManagerTest, WithoutADelegateNothingIsTold) {

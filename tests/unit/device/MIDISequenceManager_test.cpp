@@ -82,7 +82,6 @@ TEST_F(MIDISequenceManagerTest, BeginsIdle) {
 
 TEST_F(MIDISequenceManagerTest, AMessageGoesToTheSequenceThenToItsCompletionThenToTheNext) {
     run("first");
-    const auto second = make("second");
     sequences().startChangeBatteryTypeSeq(1, nullptr);
     notes.clear();
     receive();
