@@ -31,6 +31,8 @@ public:
     void markTimeOutWithDescription(const std::string& description);
     void markTimeOut(double seconds, const std::string& description);
     virtual void sequenceTimeOut(const std::string& description);
+    /// What the last time-out was called when it was armed.
+    const std::string& timeout_description() const { return timeout_description_; }
     /// A complete message: F0 first, F7 not counted. What isn't waited for is ignored.
     virtual void receivedMidi(std::span<const std::uint8_t> message);
     /// Waits for nothing any more.

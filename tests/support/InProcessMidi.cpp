@@ -216,6 +216,7 @@ MidiStatus InProcessMidi::send(MidiRef port, MidiRef destination, const MIDIPack
         ++device->sends;
         MIDIPacketList::Walk walk(packets);
         while (const MIDIPacket* packet = walk.next()) {
+            device->timeStamps.push_back(packet->timeStamp);
             device->packets.emplace_back(packet->data.begin(),
                                          packet->data.begin() + packet->length);
         }
@@ -228,10 +229,12 @@ MidiStatus InProcessMidi::send(MidiRef port, MidiRef destination, const MIDIEven
     InProcessDevice* const device = deviceAt(destination);
     if (device != nullptr && isOutputPort(port) && canSend) {
         ++device->sends;
+        device->protocols.push_back(events.protocol);
         for (const MIDIEventPacket& packet : events.packets) {
             if (packet.wordCount > packet.words.size()) {
                 misuse("an event packet of more than 64 words");
             }
+            device->timeStamps.push_back(packet.timeStamp);
             device->events.emplace_back(packet.words.begin(),
                                         packet.words.begin() + packet.wordCount);
         }
@@ -244,10 +247,17 @@ MidiStatus InProcessMidi::flushOutput(MidiRef endpoint) {
     return MidiBackend::flushOutput(endpoint);
 }
 
-MidiStatus InProcessMidi::openPort(MidiRef /*port*/, std::string_view /*name*/,
-                                   Direction direction) {
+MidiStatus InProcessMidi::openPort(MidiRef /*port*/, std::string_view name, Direction direction) {
     expectUse("port created", {});
-    return direction == Direction::input && !canCreateInputPorts ? midiNotAvailable : 0;
+    if (!(direction == Direction::input ? canCreateInputPorts : canCreateOutputPorts)) {
+        return midiNotAvailable;
+    }
+    portNames.emplace_back(name);
+    return 0;
+}
+
+void InProcessMidi::disconnect(MidiRef /*port*/, MidiRef /*source*/) {
+    ++disconnections;
 }
 
 MidiStatus InProcessMidi::transmit(MidiRef /*port*/, MidiRef destination,

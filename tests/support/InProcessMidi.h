@@ -39,8 +39,10 @@ public:
     std::function<void(const Bytes& message)> onMessage;
     /// Calls of send() that reached it.
     std::size_t sends = 0;
-    std::vector<Bytes> packets; ///< data of each packet of a packet list
-    std::vector<Words> events;  ///< words of each packet of an event list
+    std::vector<Bytes> packets;            ///< data of each packet of a packet list
+    std::vector<Words> events;             ///< words of each packet of an event list
+    std::vector<std::uint64_t> timeStamps; ///< of each packet of either kind
+    std::vector<MidiProtocol> protocols;   ///< of each event list
 
     // What it sends, to all ports that are connected to it. Each at once, or when the run loop gets
     // there, if it is still plugged in by then.
@@ -106,10 +108,13 @@ public:
     /// Has every client hear this when the run loop gets there, whatever happened.
     void notifyLater(MidiNotice notice);
 
-    bool canCreateInputPorts = true; ///< else creating one fails
-    bool canSend = true;             ///< else sending fails, and nothing arrives
-    std::size_t flushes = 0;         ///< of endpoints that were there
-    std::string clientName;          ///< of the client that was created last
+    bool canCreateInputPorts = true;    ///< else creating one fails
+    bool canCreateOutputPorts = true;   ///< likewise
+    bool canSend = true;                ///< else sending fails, and nothing arrives
+    std::vector<std::string> portNames; ///< of all that were ever opened
+    std::size_t disconnections = 0;     ///< of sources that were there, by disconnectSource()
+    std::size_t flushes = 0;            ///< of endpoints that were there
+    std::string clientName;             ///< of the client that was created last
     std::size_t ports() const { return numberOfPorts(); }
     std::size_t connections() const { return numberOfConnections(); }
 
@@ -132,6 +137,7 @@ protected:
     MidiStatus openPort(MidiRef port, std::string_view name, Direction direction) override;
     MidiStatus transmit(MidiRef port, MidiRef destination,
                         std::span<const std::uint8_t> bytes) override;
+    void disconnect(MidiRef port, MidiRef source) override;
     void flush(MidiRef endpoint) override;
 
 private:

@@ -134,6 +134,14 @@ TEST_P(MIDIConnectSequenceTest, ARecorderThatIsSilentIsGivenUpAfterTwoSeconds) {
     EXPECT_EQ(device.messages.size(), 1U); // nothing is repeated
 }
 
+TEST_P(MIDIConnectSequenceTest, ItsTimeOutsHaveNames) {
+    InProcessDevice& device = connect();
+    const std::shared_ptr<MIDISequenceBase> sequence = sequences().current_seq();
+    EXPECT_EQ(sequence->timeout_description(), "CONNECT_SEQUENCE_DEVICE_ID_REQ");
+    device.answer(reply::identity);
+    EXPECT_EQ(sequence->timeout_description(), "CONNECT_SEQUENCE_PC_APP_START_REQ");
+}
+
 TEST_P(MIDIConnectSequenceTest, AnAnswerInTimeIsTakenAndALateOneIsNot) {
     InProcessDevice& device = connect();
     loop.advance(1900ms);
@@ -173,10 +181,12 @@ TEST_P(MIDIConnectSequenceTest, LaterSilenceIsWaitedForWithoutEnd) {
 TEST(SizeString, ChoosesUnitAndDigits) {
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(0), "0.00 MB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1p23F), "8.00 MB");
+    EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1.4p23F), "10.0 MB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1.9p26F), "100 MB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1p29F), "512 MB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1p30F), "1.00 GB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(7.5F * 0x1p30F), "7.50 GB");
+    EXPECT_EQ(MIDIConnectSequence::buildSizeString(0x1.4p33F), "10.0 GB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(29.8F * 0x1p30F), "29.8 GB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(119.1F * 0x1p30F), "119 GB");
     EXPECT_EQ(MIDIConnectSequence::buildSizeString(119.9F * 0x1p30F), "119 GB");

@@ -170,6 +170,32 @@ TEST_P(MIDIManagerTest, SendingThatFailsIsHarmless) {
     EXPECT_THAT(device.messages, ElementsAre(request::version));
 }
 
+TEST_P(MIDIManagerTest, GivingUpTheLinkDisconnectsTheSource) {
+    connect();
+    manager().DeviceDisconnected();
+    EXPECT_EQ(midi.disconnections, 1U);
+}
+
+// What the ports were before is forgotten, not disposed of.
+TEST_P(MIDIManagerTest, AnOutputPortThatFailsLeavesNoneFromBefore) {
+    InProcessDevice& device = connect();
+    manager().changeStateTo(State::found);
+    midi.canCreateOutputPorts = false;
+    manager().connect();
+    manager().send(request::identity);
+    EXPECT_THAT(device.messages, IsEmpty());
+}
+
+TEST_P(MIDIManagerTest, AnInputPortThatFailsLeavesNoneFromBefore) {
+    connect();
+    manager().changeStateTo(State::found);
+    midi.canCreateInputPorts = false;
+    manager().connect();
+    manager().DeviceDisconnected();
+    EXPECT_EQ(midi.disconnections, 0U);
+    EXPECT_EQ(midi.ports(), 3U);
+}
+
 TEST_P(MIDIManagerTest, WithoutADelegateNothingIsTold) {
     manager().setDelegate(nullptr);
     InProcessDevice& device = plug();
@@ -192,6 +218,28 @@ TEST(MIDIManagerStates, HaveNames) {
 }
 
 class BytePath : public DeviceTest {};
+
+TEST_F(BytePath, ItsPortsHaveNames) {
+    connect();
+    EXPECT_THAT(midi.portNames, ElementsAre("Input", "Lumo Output Port"));
+}
+
+TEST_F(BytePath, PacketsAreStampedWithTheTimeOfSending) {
+    InProcessDevice& device = connect();
+    const std::uint64_t before = midiTimeStamp();
+    manager().send(Bytes(300, 1));
+    const std::uint64_t after = midiTimeStamp();
+    ASSERT_EQ(device.timeStamps.size(), 2U);
+    EXPECT_LE(before, device.timeStamps[0]);
+    EXPECT_LE(device.timeStamps[0], device.timeStamps[1]);
+    EXPECT_LE(device.timeStamps[1], after);
+}
+
+TEST_F(BytePath, EventsAreNotSent) {
+    InProcessDevice& device = connect();
+    manager().sendForMacOS11(request::identity);
+    EXPECT_EQ(device.sends, 0U);
+}
 
 TEST_F(BytePath, LongMessagesAreCutIntoPacketsOfOneList) {
     InProcessDevice& device = connect();
@@ -237,6 +285,18 @@ class EventPath : public DeviceTest {
 protected:
     EventPath() : DeviceTest(true) {}
 };
+
+TEST_F(EventPath, ItsPortsHaveNames) {
+    connect();
+    EXPECT_THAT(midi.portNames, ElementsAre("Input Port", "Lumo Output Port"));
+}
+
+TEST_F(EventPath, EventsAreSentAtOnceAsMidi1) {
+    InProcessDevice& device = connect();
+    manager().send(Bytes{0xF0, 1, 2, 3, 4, 5, 6, 7, 0xF7});
+    EXPECT_THAT(device.timeStamps, ElementsAre(0U, 0U));
+    EXPECT_THAT(device.protocols, ElementsAre(MidiProtocol::midi1, MidiProtocol::midi1));
+}
 
 TEST_F(EventPath, EachPacketIsSentByItself) {
     InProcessDevice& device = connect();

@@ -126,6 +126,17 @@ TEST(ReceivedWords, OtherSizesAreSkippedWhole) {
     EXPECT_EQ(message(), (Bytes{0xF0, 1}));
 }
 
+TEST(ReceivedWords, AShortMessageIsNewAfterOneThatWasTooLong) {
+    EXPECT_FALSE(words({0x30160102, 0x03040506}));
+    for (std::uint32_t kept = 7; kept <= Manager::capacity; kept += 6) {
+        EXPECT_FALSE(words({0x30260102, 0x03040506}));
+    }
+    EXPECT_FALSE(words({0x30300000, 0}));
+    EXPECT_TRUE(words({0x20903C64}));
+    EXPECT_TRUE(words({0x30310500, 0}));
+    EXPECT_EQ(message(), (Bytes{0xF0, 0x90, 0x3C, 0x64, 5}));
+}
+
 TEST(ReceivedWords, AShortMessageTakesTheSameForm) {
     EXPECT_TRUE(words({0x20903C64}));
     EXPECT_EQ(message(), (Bytes{0xF0, 0x90, 0x3C, 0x64}));

@@ -137,6 +137,31 @@ TEST_F(MIDISequenceManagerTest, StoppingDisposesOfAllThatRunsAndWaits) {
     EXPECT_THAT(sequences().queue(), IsEmpty());
 }
 
+TEST_F(MIDISequenceManagerTest, StoppingLeavesAloneWhatWaitsAndIsCompleted) {
+    run("first");
+    sequences().switchToNewSeq(make("waiting"));
+    sequences().switchToNewSeq(make("running"));
+    sequences().checkAndRunQueue();
+    notes.clear();
+    sequences().forceStopSeq();
+    EXPECT_THAT(notes, ElementsAre("running disposed", "first disposed"));
+    EXPECT_THAT(sequences().queue(), IsEmpty());
+}
+
+TEST_F(MIDISequenceManagerTest, TheIdleOneGoesWithTheManager) {
+    std::weak_ptr<int> held;
+    {
+        const auto holds = std::make_shared<int>();
+        held = holds;
+        connect();
+        sequences().startConnectSeq([holds] {});
+    }
+    EXPECT_FALSE(held.expired());
+    MIDISequenceManager::s_seq_controller().reset();
+    EXPECT_EQ(MIDISequenceManager::s_NO_OP(), nullptr);
+    EXPECT_TRUE(held.expired());
+}
+
 TEST_F(MIDISequenceManagerTest, StoppingTheIdleOneDoesNothing) {
     sequences().switchToNewSeq(make("waiting"));
     sequences().forceStopSeq();
@@ -243,6 +268,18 @@ TEST_F(MIDISequenceManagerTest, ACommandsCallbackSeesMessagesUntilItIsContent) {
     receive(7);
     receive(8);
     EXPECT_THAT(lengths, ElementsAre(6U, 7U));
+}
+
+TEST_F(MIDISequenceManagerTest, ACommandsCallbackSeesAMessageBeforeTheSequence) {
+    run("first");
+    notes.clear();
+    sequences().exeCommand({}, [this](std::span<const std::uint8_t>) {
+        notes.emplace_back("callback");
+        return true;
+    });
+    receive();
+    EXPECT_THAT(notes,
+                ElementsAre("callback", "first gets 6", "first completed", "first disposed"));
 }
 
 TEST_F(MIDISequenceManagerTest, ACallbackMayGiveTheNextCommand) {

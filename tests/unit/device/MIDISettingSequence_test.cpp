@@ -14,6 +14,7 @@ struct Setting {
     void (MIDISequenceManager::*start)(std::uint8_t value, std::function<void()> onComplete);
     std::uint8_t code;
     std::uint8_t acknowledgement;
+    std::string timeOut;
 };
 
 void PrintTo(const Setting& setting, std::ostream* out) {
@@ -38,9 +39,10 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(
     Settings, MIDISettingSequenceTest,
-    testing::Values(
-        Setting{"BatteryType", &MIDISequenceManager::startChangeBatteryTypeSeq, 0x01, 0x10},
-        Setting{"AutoPowOff", &MIDISequenceManager::startChangeAutoPowOffSeq, 0x02, 0x11}),
+    testing::Values(Setting{"BatteryType", &MIDISequenceManager::startChangeBatteryTypeSeq, 0x01,
+                            0x10, "CONTROL_SEQUENCE_BT_CHG_REQ"},
+                    Setting{"AutoPowOff", &MIDISequenceManager::startChangeAutoPowOffSeq, 0x02,
+                            0x11, "CONTROL_SEQUENCE_APO_CHG_REQ"}),
     [](const auto& setting) { return setting.param.name; });
 
 TEST_P(MIDISettingSequenceTest, SendsTheValue) {
@@ -86,6 +88,11 @@ TEST_P(MIDISettingSequenceTest, IsGivenUpAfterTwoSecondsWithoutCompletion) {
     loop.advance(1ns);
     EXPECT_FALSE(sequences().isSeqRunning());
     EXPECT_EQ(completions, 0);
+}
+
+TEST_P(MIDISettingSequenceTest, ItsTimeOutHasAName) {
+    change(2);
+    EXPECT_EQ(sequences().current_seq()->timeout_description(), setting.timeOut);
 }
 
 TEST_P(MIDISettingSequenceTest, AnUnpluggedRecorderEndsItByTheTimeOut) {
