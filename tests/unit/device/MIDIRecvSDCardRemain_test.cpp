@@ -44,6 +44,20 @@ TEST_F(MIDIRecvSDCardRemainTest, ACardThatIsTakenOutHasNoSizes) {
     EXPECT_EQ(info().sdMaxSize, "-- GB");
 }
 
+TEST_F(MIDIRecvSDCardRemainTest, ListensFromItsStartUntilItIsDisposedOf) {
+    MIDIRecvSDCardRemain listener;
+    EXPECT_EQ(listener.seq(), 0U);
+    EXPECT_TRUE(listener.didCompleted());
+    listener.startSequence();
+    EXPECT_EQ(listener.seq(), 1U);
+    EXPECT_TRUE(listener.didCompleted());
+    listener.dispose();
+    EXPECT_EQ(listener.seq(), 0U);
+    listener.startSequence();
+    listener.sequenceTimeOut("");
+    EXPECT_EQ(listener.seq(), 0U);
+}
+
 TEST_F(MIDIRecvSDCardRemainTest, OtherMessagesAreTakenForNothing) {
     InProcessDevice& device = connectFully();
     Bytes shorter = report(1, 9);
