@@ -175,7 +175,8 @@ void Control::wheelEvent(QWheelEvent* event) {
         return;
     }
     const QPoint turned = event->angleDelta();
-    wheelAngle_ += std::abs(turned.y()) >= std::abs(turned.x()) ? turned.y() : turned.x();
+    // Qt counts a turn to the left as positive; to the right is more here, as with the arrow keys.
+    wheelAngle_ += std::abs(turned.y()) >= std::abs(turned.x()) ? turned.y() : -turned.x();
     const int notches = wheelAngle_ / wheelNotch;
     wheelAngle_ %= wheelNotch;
     if (notches != 0) {

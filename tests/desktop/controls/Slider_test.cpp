@@ -172,6 +172,14 @@ TEST_F(HorizontalSlider, TheWheelStepsByNotches) {
                                      Pair(ControlEvent::ScrollWheel, testing::DoubleEq(0.02))));
 }
 
+TEST_F(HorizontalSlider, AWheelTurnedToTheRightRaisesAndToTheLeftLowers) {
+    desktop.wheelSideways(slider, {60, 12}, 2);
+    desktop.wheelSideways(slider, {60, 12}, -1);
+    EXPECT_THAT(actions, ElementsAre(Pair(ControlEvent::ScrollWheel, testing::DoubleEq(0.01)),
+                                     Pair(ControlEvent::ScrollWheel, testing::DoubleEq(0.02)),
+                                     Pair(ControlEvent::ScrollWheel, testing::DoubleEq(0.01))));
+}
+
 TEST_F(HorizontalSlider, AValueSetByTheProgramCallsNoAction) {
     slider.setDoubleValue(0.7);
     EXPECT_EQ(slider.doubleValue(), 0.7);

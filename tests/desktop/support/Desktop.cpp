@@ -199,14 +199,21 @@ void Desktop::drag(const QWidget& widget, QPointF from, QPointF to) {
     release();
 }
 
-void Desktop::wheel(const QWidget& widget, QPointF place, int notches) {
+void Desktop::turnWheel(const QWidget& widget, QPointF place, unsigned direction, int notches) {
     moveTo(widget, place);
-    for (int i = 0; i < std::abs(notches); ++i) {
-        const unsigned direction = notches > 0 ? 4 : 5;
+    for (int i = 0; i < notches; ++i) {
         impl_->connection.button(direction, true);
         impl_->connection.button(direction, false);
         settle();
     }
+}
+
+void Desktop::wheel(const QWidget& widget, QPointF place, int notches) {
+    turnWheel(widget, place, notches > 0 ? 4 : 5, std::abs(notches));
+}
+
+void Desktop::wheelSideways(const QWidget& widget, QPointF place, int notches) {
+    turnWheel(widget, place, notches > 0 ? 7 : 6, std::abs(notches));
 }
 
 void Desktop::tap(const std::string& key, std::initializer_list<const char*> held) {

@@ -58,6 +58,8 @@ public:
     void drag(const QWidget& widget, QPointF from, QPointF to);
     /// Notches of the wheel, positive away from the user.
     void wheel(const QWidget& widget, QPointF place, int notches);
+    /// The same of a wheel that is tilted or turned sideways, positive to the right.
+    void wheelSideways(const QWidget& widget, QPointF place, int notches);
 
     /// A key by its X symbol's name ("Tab", "Right", "Page_Up", "F1", "a"), while others are held
     /// ("Shift_L", "Control_L", "Alt_L").
@@ -75,6 +77,9 @@ public:
     static QImage screen();
 
 private:
+    /// `direction` is the X button that a notch is.
+    void turnWheel(const QWidget& widget, QPointF place, unsigned direction, int notches);
+
     struct Impl;
 
     std::unique_ptr<Impl> impl_;
