@@ -7,4 +7,9 @@ void H8Slider::mouseDown(QPointF place) {
     Slider::mouseDown(place);
 }
 
+void H8Slider::trackingEnded() {
+    Slider::trackingEnded();
+    isSeeking_ = false;
+}
+
 } // namespace deckmate

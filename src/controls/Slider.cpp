@@ -170,14 +170,23 @@ void Slider::changeEvent(QEvent* event) {
     Control::changeEvent(event);
     if (event->type() == QEvent::EnabledChange) {
         // A disabled control doesn't hear of the release.
-        isTracking_ = isTracking_ && isEnabled();
+        if (!isEnabled()) {
+            trackingEnded();
+        }
         update();
     }
 }
 
 void Slider::hideEvent(QHideEvent* event) {
     Control::hideEvent(event);
-    isTracking_ = false;
+    trackingEnded();
+}
+
+bool Slider::event(QEvent* event) {
+    if (event->type() == QEvent::WindowBlocked) {
+        trackingEnded();
+    }
+    return Control::event(event);
 }
 
 } // namespace deckmate

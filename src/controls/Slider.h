@@ -72,6 +72,11 @@ public:
     void chooseValue(double value, ControlEvent event) override;
 
 protected:
+    /// A press will have no release: the slider was disabled, hidden or blocked by a dialog. Called
+    /// without a press as well.
+    virtual void trackingEnded() { isTracking_ = false; }
+
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void hideEvent(QHideEvent* event) override;

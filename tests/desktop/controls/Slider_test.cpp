@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <QDialog>
 #include <QPainter>
 
 namespace deckmate::test {
@@ -134,6 +135,33 @@ TEST_F(HorizontalSlider, DisabledDuringADragItIsLetGo) {
     desktop.release();
     EXPECT_THAT(actions, IsEmpty());
     EXPECT_DOUBLE_EQ(slider.doubleValue(), 0.25);
+}
+
+TEST_F(HorizontalSlider, DisabledDuringAPressItSeeksNoMore) {
+    desktop.moveTo(slider, {60, 12});
+    desktop.press();
+    slider.setEnabled(false);
+    desktop.release();
+    EXPECT_FALSE(slider.isSeeking());
+}
+
+TEST_F(HorizontalSlider, HiddenDuringAPressItSeeksNoMore) {
+    desktop.moveTo(slider, {60, 12});
+    desktop.press();
+    slider.hide();
+    desktop.release();
+    EXPECT_FALSE(slider.isSeeking());
+}
+
+TEST_F(HorizontalSlider, BlockedByADialogDuringAPressItIsLetGo) {
+    desktop.moveTo(slider, {60, 12});
+    desktop.press();
+    QDialog dialog(&window);
+    dialog.setWindowModality(Qt::WindowModal);
+    desktop.show(dialog);
+    EXPECT_FALSE(slider.isTracking());
+    EXPECT_FALSE(slider.isSeeking());
+    desktop.release();
 }
 
 TEST_F(HorizontalSlider, KeysStepByAHundredthUnlessToldOtherwise) {
