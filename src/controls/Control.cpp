@@ -20,6 +20,13 @@ constexpr int wheelNotch = 120;
 constexpr double pageSteps = 10.0;
 const QColor focusColor(0x6F, 0xA8, 0xFF);
 
+/// The focus goes, or comes back, because another window, a popup or the menu bar has the keyboard
+/// for a while.
+bool isInterlude(Qt::FocusReason reason) {
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason ||
+           reason == Qt::MenuBarFocusReason;
+}
+
 /// A ShownValue as assistive programs see it.
 class AccessibleValue final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
@@ -186,18 +193,17 @@ void Control::wheelEvent(QWheelEvent* event) {
 
 void Control::focusInEvent(QFocusEvent* event) {
     const Qt::FocusReason reason = event->reason();
-    // The window's coming to the front gives back what was there before.
-    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-        showsFocus_ = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-                      reason == Qt::ShortcutFocusReason;
+    if (!isInterlude(reason)) {
+        // Any reason but the mouse: what the program moves the focus for, a disabled neighbour or
+        // an assistive program, leaves the user with nothing but the ring to find it by.
+        showsFocus_ = reason != Qt::MouseFocusReason;
     }
     QWidget::focusInEvent(event);
     update();
 }
 
 void Control::focusOutEvent(QFocusEvent* event) {
-    const Qt::FocusReason reason = event->reason();
-    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+    if (!isInterlude(event->reason())) {
         showsFocus_ = false;
     }
     QWidget::focusOutEvent(event);

@@ -312,6 +312,43 @@ TEST_F(HorizontalSlider, OnlyTheKeyboardsFocusIsSeen) {
     EXPECT_NE(Desktop::painted(slider), unfocused);
 }
 
+TEST_F(HorizontalSlider, FocusGivenByTheProgramIsSeen) {
+    slider.setFocus(Qt::OtherFocusReason);
+    EXPECT_TRUE(slider.showsFocus());
+    before.setFocus(Qt::OtherFocusReason);
+    EXPECT_FALSE(slider.showsFocus());
+}
+
+TEST_F(HorizontalSlider, FocusGivenByAClickIsNotSeen) {
+    slider.setFocus(Qt::MouseFocusReason);
+    EXPECT_FALSE(slider.showsFocus());
+}
+
+TEST_F(HorizontalSlider, TheMenuBarsFocusLeavesTheRingAsItWas) {
+    desktop.tap("Tab");
+    before.setFocus(Qt::MenuBarFocusReason);
+    EXPECT_TRUE(slider.showsFocus());
+    slider.setFocus(Qt::MenuBarFocusReason);
+    EXPECT_TRUE(slider.showsFocus());
+    before.setFocus(Qt::MouseFocusReason);
+    slider.setFocus(Qt::MouseFocusReason);
+    before.setFocus(Qt::MenuBarFocusReason);
+    slider.setFocus(Qt::MenuBarFocusReason);
+    EXPECT_FALSE(slider.showsFocus());
+}
+
+TEST_F(HorizontalSlider, ADialogInBetweenLeavesTheRingAsItWas) {
+    desktop.tap("Tab");
+    {
+        QDialog dialog(&window);
+        desktop.show(dialog);
+        EXPECT_FALSE(slider.hasFocus());
+    }
+    desktop.show(window);
+    EXPECT_TRUE(slider.hasFocus());
+    EXPECT_TRUE(slider.showsFocus());
+}
+
 /// 24 by 320, from -36 to 36: the knob's middle goes from 310 up to 10.
 class GainSlider : public ControlsTest, public H8GainSliderParent {
 protected:
