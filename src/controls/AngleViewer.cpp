@@ -132,7 +132,8 @@ void AngleViewer::moveTheThumb(ViewPoint point, bool preventOutSide) {
 
 void AngleViewer::detectClick(ViewPoint point) {
     const ViewRect bounds = {0, 0, static_cast<double>(width()), static_cast<double>(height())};
-    if (bounds.contains(point) && point.x <= bounds.width * 0.5) {
+    // As Qt counts them, because the topmost row of points is on the upper edge here.
+    if (bounds.contains({point.x, bounds.height - point.y}) && point.x <= bounds.width * 0.5) {
         moveTheThumb(point, true);
     }
 }

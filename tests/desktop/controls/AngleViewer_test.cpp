@@ -114,6 +114,29 @@ TEST_F(AngleDial, AClickOnTheLeftHalfTurnsToItsDirection) {
     EXPECT_NEAR(thumb().y(), 200, 1e-9);
 }
 
+TEST_F(AngleDial, AClickOnTheUppermostRowTurnsToItsDirection) {
+    desktop.click(dial, {0, 0});
+    EXPECT_THAT(changes, ElementsAre(testing::DoubleEq(45)));
+}
+
+TEST_F(AngleDial, ReleasedJustOutsideTheViewAClickMovesNothing) {
+    startAt(60);
+    for (const QPointF place :
+         {QPointF(-1, 200), QPointF(0, -1), QPointF(0, 400), QPointF(100, 410)}) {
+        desktop.moveTo(dial, {250, 100});
+        desktop.press();
+        desktop.moveTo(dial, place);
+        desktop.release();
+        EXPECT_THAT(changes, IsEmpty()) << place.x() << ", " << place.y();
+    }
+}
+
+TEST_F(AngleDial, AfterALabelAClickOnTheLeftHalfCounts) {
+    desktop.click(dial, labelAt(degrees90).center());
+    desktop.click(dial, {100, 100});
+    EXPECT_THAT(changes, ElementsAre(90, testing::DoubleEq(45)));
+}
+
 TEST_F(AngleDial, AClickOnTheMiddleLineIsOnTheLeftHalf) {
     startAt(60);
     desktop.click(dial, {200, 100});
