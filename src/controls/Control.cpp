@@ -18,7 +18,7 @@ namespace {
 
 constexpr int wheelNotch = 120;
 constexpr double pageSteps = 10.0;
-const QColor focusColor(0x6F, 0xA8, 0xFF);
+const QColor focusColor(0x8F, 0xA3, 0xBF);
 
 /// The focus goes, or comes back, because another window, a popup or the menu bar has the keyboard
 /// for a while.

@@ -312,6 +312,15 @@ TEST_F(HorizontalSlider, OnlyTheKeyboardsFocusIsSeen) {
     EXPECT_NE(Desktop::painted(slider), unfocused);
 }
 
+TEST_F(HorizontalSlider, TheRingHasTheColourOfFocusAndIsHalfOnTheKnob) {
+    slider.setDoubleValue(0.5);
+    slider.setFocus(Qt::TabFocusReason);
+    const QImage image = Desktop::painted(slider);
+    // The knob's circle is 17 across, around (110, 12); the line is 3 wide.
+    EXPECT_EQ(colourAt(image, {110, 3.5}), QColor("#8FA3BF"));
+    EXPECT_EQ(colourAt(image, {110, 6.5}), QColor(Qt::white));
+}
+
 TEST_F(HorizontalSlider, FocusGivenByTheProgramIsSeen) {
     slider.setFocus(Qt::OtherFocusReason);
     EXPECT_TRUE(slider.showsFocus());
