@@ -16,23 +16,24 @@ constexpr double hitMargin = 10.0;
 } // namespace
 
 ViewPoint AngleGeometry::point0Deg() const {
-    return {centre().x, centre().y + radius()};
+    return {centre().x, centre().y + RADIUS_OF_BIG_CURVE()};
 }
 
 ViewPoint AngleGeometry::point150Deg() const {
-    return {centre().x + cosineOf150 * radius(), centre().y + sineOf150 * radius()};
+    return {centre().x + cosineOf150 * RADIUS_OF_BIG_CURVE(),
+            centre().y + sineOf150 * RADIUS_OF_BIG_CURVE()};
 }
 
 ViewPoint AngleGeometry::pointAt(double angle) const {
     const double direction = (angle + directionOf0) / degreesPerRadian;
-    return {centre().x + radius() * std::cos(direction),
-            centre().y + radius() * std::sin(direction)};
+    return {centre().x + RADIUS_OF_BIG_CURVE() * std::cos(direction),
+            centre().y + RADIUS_OF_BIG_CURVE() * std::sin(direction)};
 }
 
 ViewPoint AngleGeometry::pointToward(ViewPoint point) const {
     const double direction = std::atan2(point.y - centre().y, point.x - centre().x);
-    return {centre().x + radius() * std::cos(direction),
-            centre().y + radius() * std::sin(direction)};
+    return {centre().x + RADIUS_OF_BIG_CURVE() * std::cos(direction),
+            centre().y + RADIUS_OF_BIG_CURVE() * std::sin(direction)};
 }
 
 double AngleGeometry::angleOf(ViewPoint point) const {
@@ -44,15 +45,15 @@ double AngleGeometry::angleOf(ViewPoint point) const {
 }
 
 ViewRect AngleGeometry::thumbRect(ViewPoint thumb) const {
-    return {thumb.x - thumbSize() / 2, thumb.y - thumbSize() / 2, thumbSize(), thumbSize()};
+    return {thumb.x - THUMB_SIZE() / 2, thumb.y - THUMB_SIZE() / 2, THUMB_SIZE(), THUMB_SIZE()};
 }
 
 ViewRect angleLabelFrame(const AngleGeometry& dial, double angle, ViewPoint offset, ViewSize text) {
     const double direction = (angle + directionOf0) * std::numbers::pi / 180;
-    const double arcX = dial.centre().x + dial.radius() * std::cos(direction);
-    const double arcDown = dial.centre().y - dial.radius() * std::sin(direction);
+    const double arcX = dial.centre().x + dial.RADIUS_OF_BIG_CURVE() * std::cos(direction);
+    const double arcDown = dial.centre().y - dial.RADIUS_OF_BIG_CURVE() * std::sin(direction);
     const double top = arcDown - 0.5 * text.height + offset.y;
-    return {arcX - text.width - labelGap + offset.x, dial.size.height - text.height - top,
+    return {arcX - text.width - labelGap + offset.x, dial.cacheSize.height - text.height - top,
             text.width, text.height};
 }
 

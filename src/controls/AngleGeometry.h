@@ -13,13 +13,14 @@ struct AngleGeometry {
     static constexpr double lowest = 0.0;
     static constexpr double highest = 150.0;
 
-    ViewSize size;
+    /// Of the view when this was last built.
+    ViewSize cacheSize;
 
-    ViewPoint centre() const { return {size.width * 0.5, size.height * 0.5}; }
+    ViewPoint centre() const { return {cacheSize.width * 0.5, cacheSize.height * 0.5}; }
     /// Of the arc.
-    double radius() const { return size.width / 10 * 8 * 0.5; }
+    double RADIUS_OF_BIG_CURVE() const { return cacheSize.width / 10 * 8 * 0.5; }
     /// Its diameter.
-    double thumbSize() const { return (size.width / 10 * 2) * 0.25; }
+    double THUMB_SIZE() const { return (cacheSize.width / 10 * 2) * 0.25; }
 
     /// Where the thumb's centre is at the dial's ends.
     ViewPoint point0Deg() const;

@@ -58,8 +58,8 @@ void AngleViewer::setEnable(bool enable) {
 }
 
 QPainterPath AngleViewer::arc(double degrees) const {
-    const double radius = geometry_.radius();
-    const QPointF centre = fromView(geometry_.centre(), geometry_.size.height);
+    const double radius = geometry_.RADIUS_OF_BIG_CURVE();
+    const QPointF centre = fromView(geometry_.centre(), geometry_.cacheSize.height);
     const QRectF circle(centre - QPointF(radius, radius), QSizeF(2 * radius, 2 * radius));
     QPainterPath path;
     path.arcMoveTo(circle, directionOf0);
@@ -69,15 +69,15 @@ QPainterPath AngleViewer::arc(double degrees) const {
 
 void AngleViewer::layout() {
     const ViewSize now = {static_cast<double>(width()), static_cast<double>(height())};
-    if (now == geometry_.size) {
+    if (now == geometry_.cacheSize) {
         return;
     }
-    geometry_.size = now;
+    geometry_.cacheSize = now;
     benBG_ = arc(AngleGeometry::highest);
     ben150_ = benBG_;
     ben0_ = arc(0);
     benThumb_ = QPainterPath();
-    benThumb_.addEllipse(0, 0, geometry_.thumbSize(), geometry_.thumbSize());
+    benThumb_.addEllipse(0, 0, geometry_.THUMB_SIZE(), geometry_.THUMB_SIZE());
     thumbPosition_ = geometry_.point0Deg();
     benMove_ = ben0_;
 }
@@ -191,7 +191,7 @@ void AngleViewer::drawText(QPainter& painter) {
     for (AngleInfo& label : angleTextList_) {
         label.frame = angleLabelFrame(geometry_, label.angle, label.offset,
                                       {metrics.horizontalAdvance(label.text), metrics.height()});
-        const QRectF place = fromView(label.frame, geometry_.size.height);
+        const QRectF place = fromView(label.frame, geometry_.cacheSize.height);
         painter.drawText(place.topLeft() + QPointF(0, metrics.ascent()), label.text);
     }
 }
@@ -200,10 +200,10 @@ void AngleViewer::drawRect(QPainter& painter) {
     const QColor active = enable_ ? QColor(Qt::white) : disableColor_;
     painter.strokePath(benBG_, penOf(grayCircleColor_));
     painter.strokePath(benMove_, penOf(active));
-    const QPointF half(geometry_.thumbSize() / 2, geometry_.thumbSize() / 2);
-    const QPointF corner = fromView(thumbPosition_, geometry_.size.height) - half;
+    const QPointF half(geometry_.THUMB_SIZE() / 2, geometry_.THUMB_SIZE() / 2);
+    const QPointF corner = fromView(thumbPosition_, geometry_.cacheSize.height) - half;
     painter.fillPath(benThumb_.translated(corner), active);
-    drawFocusRing(painter, QRectF(corner, QSizeF(geometry_.thumbSize(), geometry_.thumbSize())));
+    drawFocusRing(painter, QRectF(corner, QSizeF(geometry_.THUMB_SIZE(), geometry_.THUMB_SIZE())));
     drawText(painter);
 }
 

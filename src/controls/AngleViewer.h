@@ -114,6 +114,7 @@ private:
     bool userDidDrag_ = false;
     bool didTouchAngleTitle_ = false;
     std::array<AngleInfo, 6> angleTextList_;
+    [[maybe_unused]] ViewRect monoFrame_; ///< of no use
     bool enable_ = false;
     double angle_ = 0.0;
     AngleViewerDelegate* delegate_ = nullptr;

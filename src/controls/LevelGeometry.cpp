@@ -11,17 +11,18 @@ double lowerShare(double height) {
 } // namespace
 
 void LevelZones::measureOnce(double height) {
-    if (lower.stepHeight != 0.0) {
+    if (S_RANGE_0_23.stepHeight != 0.0) {
         return;
     }
-    lower.stepHeight = lowerShare(height) / lower.extent;
-    upper.stepHeight = (height - lowerShare(height)) / upper.extent;
+    S_RANGE_0_23.stepHeight = lowerShare(height) / S_RANGE_0_23.extent;
+    S_RANGE_24_54.stepHeight = (height - lowerShare(height)) / S_RANGE_24_54.extent;
 }
 
 double LevelZones::fillHeight(std::int64_t level, double height) const {
     const auto value = static_cast<double>(level);
-    return value >= upper.start ? (value - upper.start) * upper.stepHeight + lowerShare(height)
-                                : value * lower.stepHeight;
+    return value >= S_RANGE_24_54.start
+               ? (value - S_RANGE_24_54.start) * S_RANGE_24_54.stepHeight + lowerShare(height)
+               : value * S_RANGE_0_23.stepHeight;
 }
 
 } // namespace deckmate

@@ -14,8 +14,8 @@ struct LevelZone {
 };
 
 struct LevelZones {
-    LevelZone lower{0.0, 0.0, 24.0};
-    LevelZone upper{24.0, 0.0, 30.0};
+    LevelZone S_RANGE_0_23{0.0, 0.0, 24.0};
+    LevelZone S_RANGE_24_54{24.0, 0.0, 30.0};
 
     /// The steps of a meter of this height, unless there are steps already.
     void measureOnce(double height);

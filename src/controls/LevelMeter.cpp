@@ -42,9 +42,11 @@ void LevelMeter::layout() {
 }
 
 void LevelMeter::updateFrame() {
-    const double filled = sharedZones().fillHeight(level_, height());
-    if (filled != fillHeight_) {
-        fillHeight_ = filled;
+    // The mask is as high as the meter: whatever rises above it leaves as much uncovered below.
+    const ViewRect mask = {0, sharedZones().fillHeight(level_, height()) - height(),
+                           static_cast<double>(width()), static_cast<double>(height())};
+    if (mask != layerMaskOfRainBow_) {
+        layerMaskOfRainBow_ = mask;
         update();
     }
 }
@@ -67,10 +69,7 @@ void LevelMeter::Layer::draw(QPainter& painter, QSize size, qreal devicePixelRat
 
 void LevelMeter::drawRect(QPainter& painter) {
     layerGray_.draw(painter, size(), devicePixelRatioF());
-    // The mask is as high as the meter: whatever rises above it leaves as much uncovered below.
-    const ViewRect mask = {0, fillHeight_ - height(), static_cast<double>(width()),
-                           static_cast<double>(height())};
-    painter.setClipRect(fromView(mask, height()));
+    painter.setClipRect(fromView(layerMaskOfRainBow_, height()));
     layerRainBow_.draw(painter, size(), devicePixelRatioF());
 }
 

@@ -3,6 +3,7 @@
 
 #include "controls/Control.h"
 #include "controls/LevelGeometry.h"
+#include "controls/ViewGeometry.h"
 
 #include <cstdint>
 
@@ -57,8 +58,8 @@ private:
 
     Layer layerRainBow_;
     Layer layerGray_;
-    double fillHeight_ = 0.0; ///< where the mask of the coloured layer ends, from the bottom
-    QSize cacheSize_{0, 0};   ///< at the last layout
+    ViewRect layerMaskOfRainBow_; ///< where the coloured layer is seen
+    QSize cacheSize_{0, 0};       ///< at the last layout
     std::int64_t maxValue_ = 100;
     std::int64_t minValue_ = 0;
     std::int64_t level_ = 0;

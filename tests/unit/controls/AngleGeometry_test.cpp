@@ -17,9 +17,9 @@ void expectNear(ViewPoint actual, ViewPoint expected) {
 
 TEST(AngleGeometry, ArcAndThumbFollowTheWidthAlone) {
     EXPECT_EQ(dial.centre(), (ViewPoint{200, 150}));
-    EXPECT_DOUBLE_EQ(dial.radius(), 160);
-    EXPECT_DOUBLE_EQ(dial.thumbSize(), 20);
-    EXPECT_DOUBLE_EQ((AngleGeometry{{400, 50}}.radius()), 160);
+    EXPECT_DOUBLE_EQ(dial.RADIUS_OF_BIG_CURVE(), 160);
+    EXPECT_DOUBLE_EQ(dial.THUMB_SIZE(), 20);
+    EXPECT_DOUBLE_EQ((AngleGeometry{{400, 50}}.RADIUS_OF_BIG_CURVE()), 160);
 }
 
 TEST(AngleGeometry, TheEndsAreStraightAboveAndOnTheLowerLeft) {
