@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QString>
 
@@ -31,18 +32,20 @@ void layOut(QMessageBox& alert) {
 } // namespace
 
 void showAlert(QWidget* parent, const QString& informativeText) {
-    QMessageBox alert(parent);
-    alert.setObjectName("alert");
-    alert.setIcon(QMessageBox::NoIcon);
-    alert.setInformativeText(informativeText);
-    QPushButton* const button = alert.addButton("Ok", QMessageBox::AcceptRole);
+    // Not on the stack: the parent may be destroyed, with the alert, while the alert is up.
+    const QPointer<QMessageBox> alert(new QMessageBox(parent));
+    alert->setObjectName("alert");
+    alert->setIcon(QMessageBox::NoIcon);
+    alert->setInformativeText(informativeText);
+    QPushButton* const button = alert->addButton("Ok", QMessageBox::AcceptRole);
     button->setObjectName("btnOk");
-    alert.setEscapeButton(button);
-    layOut(alert);
+    alert->setEscapeButton(button);
+    layOut(*alert);
     if (parent != nullptr) {
-        alert.setWindowTitle(parent->window()->windowTitle());
+        alert->setWindowTitle(parent->window()->windowTitle());
     }
-    alert.exec();
+    alert->exec();
+    delete alert;
 }
 
 } // namespace deckmate

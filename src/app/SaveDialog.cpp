@@ -11,6 +11,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 
 namespace deckmate {
@@ -108,30 +109,37 @@ bool SaveDialog::mayBeWritten(const std::filesystem::path& target) {
         return true;
     }
     const QString name = displayName(target.filename().native());
-    QMessageBox question(this);
-    question.setObjectName("overwrite");
-    question.setIcon(QMessageBox::Warning);
-    question.setWindowTitle(windowTitle());
-    question.setTextFormat(Qt::PlainText);
-    question.setText(QStringLiteral("%1 already exists.\nDo you want to replace it?")
-                         .arg(question.fontMetrics().elidedText(name, Qt::ElideMiddle, nameWidth)));
-    QPushButton* const replace = question.addButton("Replace", QMessageBox::AcceptRole);
+    // Not on the stack: this dialog may be destroyed, with the question, while the question is up.
+    const QPointer<QMessageBox> question(new QMessageBox(this));
+    question->setObjectName("overwrite");
+    question->setIcon(QMessageBox::Warning);
+    question->setWindowTitle(windowTitle());
+    question->setTextFormat(Qt::PlainText);
+    question->setText(
+        QStringLiteral("%1 already exists.\nDo you want to replace it?")
+            .arg(question->fontMetrics().elidedText(name, Qt::ElideMiddle, nameWidth)));
+    QPushButton* const replace = question->addButton("Replace", QMessageBox::AcceptRole);
     replace->setObjectName("btnReplace");
-    QPushButton* const keep = question.addButton("Cancel", QMessageBox::RejectRole);
+    QPushButton* const keep = question->addButton("Cancel", QMessageBox::RejectRole);
     keep->setObjectName("btnKeep");
-    question.setDefaultButton(keep);
-    question.exec();
-    return question.clickedButton() == replace;
+    question->setDefaultButton(keep);
+    question->exec();
+    const bool isReplaced = question != nullptr && question->clickedButton() == replace;
+    delete question;
+    return isReplaced;
 }
 
 std::optional<std::filesystem::path> askForTarget(const std::filesystem::path& source,
                                                   const std::filesystem::path& dirPath,
                                                   QWidget* parent) {
-    SaveDialog dialog(source, dirPath, parent);
-    if (dialog.exec() != QDialog::Accepted) {
-        return std::nullopt;
+    // Not on the stack, as the question above.
+    const QPointer<SaveDialog> dialog(new SaveDialog(source, dirPath, parent));
+    std::optional<std::filesystem::path> chosen;
+    if (dialog->exec() == QDialog::Accepted && dialog != nullptr) {
+        chosen = dialog->chosenPath();
     }
-    return dialog.chosenPath();
+    delete dialog;
+    return chosen;
 }
 
 } // namespace deckmate

@@ -1,8 +1,10 @@
 #include "desktop/app/ExportSheet.h"
 #include "desktop/app/XWindows.h"
 
+#include <memory>
 #include <optional>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QMessageBox>
 #include <QPushButton>
@@ -340,6 +342,14 @@ TEST_F(ExportVCTest, TheAlertHasOneButtonAndNoMoreThanTheReason) {
         clickOn(box.buttons().front());
     });
     save();
+}
+
+TEST_F(ExportVCTest, TheAlertMayBeDestroyedWithTheWindowUnderIt) {
+    auto under = std::make_unique<QWidget>();
+    desktop.show(*under);
+    answers.add("alert", [&](QWidget& /*alert*/) { under.reset(); });
+    ExportVC().showAlert(under.get(), "Fail to open.");
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
 class AlertKeys : public ExportVCTest, public testing::WithParamInterface<const char*> {};

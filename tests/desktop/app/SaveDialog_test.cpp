@@ -262,6 +262,32 @@ TEST_F(SaveDialogTest, ALongNameInTheQuestionIsCut) {
     clickOn("btnSave");
 }
 
+TEST_F(SaveDialogTest, TheSheetMayBeDestroyedUnderTheDialog) {
+    save([&](QWidget& /*dialog*/) { sheet.reset(); });
+    EXPECT_EQ(eventsFired(), 0);
+    EXPECT_EQ(filesThere(), 1U);
+}
+
+TEST_F(SaveDialogTest, TheSheetMayBeDestroyedUnderTheQuestion) {
+    folder.file("take_Decode.WAV", zeros(5000));
+    show();
+    answers.add("saveDialog", [&](QWidget& dialog) { clickOn(buttonOf(dialog, "Save")); });
+    answers.add("overwrite", [&](QWidget& /*question*/) { sheet.reset(); });
+    clickOn("btnSave");
+    EXPECT_EQ(eventsFired(), 0);
+    EXPECT_EQ(contentsOf(folder / "take_Decode.WAV"), zeros(5000));
+}
+
+TEST_F(SaveDialogTest, TheSheetMayBeDestroyedUnderTheQuestionThatAKeyBroughtUp) {
+    folder.file("take_Decode.WAV", zeros(5000));
+    show();
+    answers.add("saveDialog", [&](QWidget& /*dialog*/) { desktop.tap("Return"); });
+    answers.add("overwrite", [&](QWidget& /*question*/) { sheet.reset(); });
+    clickOn("btnSave");
+    EXPECT_EQ(eventsFired(), 0);
+    EXPECT_EQ(contentsOf(folder / "take_Decode.WAV"), zeros(5000));
+}
+
 /// A recording of a name that is hard to take, and what its export is called.
 class HardName : public SaveDialogTest, public testing::WithParamInterface<const char*> {
 protected:
