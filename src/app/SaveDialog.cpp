@@ -11,6 +11,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMetaObject>
 #include <QPointer>
 #include <QPushButton>
 
@@ -73,16 +74,38 @@ void SaveDialog::propose() {
 
 void SaveDialog::accept() {
     const QString typed = fileName_->text();
-    if (typed.isEmpty()) {
+    if (typed.isEmpty() || isAsking_) {
         return;
     }
     const std::filesystem::path path = pathOf(typed);
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
         enter(textOf(path));
-    } else if (mayBeWritten(withWavEnding(path))) {
-        chosenPath_ = path;
-        done(Accepted);
+    } else if (isInTheWay(withWavEnding(path))) {
+        isAsking_ = true;
+        // Later: a part of the dialog, such as the field for the name, called this and still works.
+        // It must not find itself destroyed when an answer is there.
+        QMetaObject::invokeMethod(
+            this, [this, path] { askAndTake(path); }, Qt::QueuedConnection);
+    } else {
+        take(path);
+    }
+}
+
+void SaveDialog::take(const std::filesystem::path& path) {
+    chosenPath_ = path;
+    done(Accepted);
+}
+
+void SaveDialog::askAndTake(const std::filesystem::path& path) {
+    const QPointer<SaveDialog> self(this);
+    const bool isToBeReplaced = askToReplace(withWavEnding(path));
+    if (self == nullptr) {
+        return;
+    }
+    isAsking_ = false;
+    if (isToBeReplaced) {
+        take(path);
     }
 }
 
@@ -102,12 +125,13 @@ std::filesystem::path SaveDialog::pathOf(QString typed) const {
            (typed == shownName_ ? proposedName_ : bytesOf(typed));
 }
 
-bool SaveDialog::mayBeWritten(const std::filesystem::path& target) {
+bool SaveDialog::isInTheWay(const std::filesystem::path& target) const {
     std::error_code error;
     // The recording's own file won't be overwritten, whatever the answer.
-    if (!std::filesystem::is_regular_file(target, error) || isSameFile(target, source_)) {
-        return true;
-    }
+    return std::filesystem::is_regular_file(target, error) && !isSameFile(target, source_);
+}
+
+bool SaveDialog::askToReplace(const std::filesystem::path& target) {
     const QString name = displayName(target.filename().native());
     // Not on the stack: this dialog may be destroyed, with the question, while the question is up.
     const QPointer<QMessageBox> question(new QMessageBox(this));
@@ -124,9 +148,9 @@ bool SaveDialog::mayBeWritten(const std::filesystem::path& target) {
     keep->setObjectName("btnKeep");
     question->setDefaultButton(keep);
     question->exec();
-    const bool isReplaced = question != nullptr && question->clickedButton() == replace;
+    const bool isToBeReplaced = question != nullptr && question->clickedButton() == replace;
     delete question;
-    return isReplaced;
+    return isToBeReplaced;
 }
 
 std::optional<std::filesystem::path> askForTarget(const std::filesystem::path& source,

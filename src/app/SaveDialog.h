@@ -34,13 +34,18 @@ private:
     void propose();
     void enter(const QString& folder);
     std::filesystem::path pathOf(QString typed) const;
-    bool mayBeWritten(const std::filesystem::path& target);
+    bool isInTheWay(const std::filesystem::path& target) const;
+    /// The dialog may be destroyed before they return.
+    bool askToReplace(const std::filesystem::path& target);
+    void askAndTake(const std::filesystem::path& path);
+    void take(const std::filesystem::path& path);
 
     std::filesystem::path source_;
     std::filesystem::path proposedName_;
     QString shownName_;
     QLineEdit* fileName_ = nullptr;
     std::filesystem::path chosenPath_;
+    bool isAsking_ = false; ///< about a file in the way, or about to
 };
 
 /// Nothing if the user cancels.
