@@ -54,10 +54,17 @@ std::optional<bool> isDirectory(DIR* folder, const dirent& entry) {
     return std::nullopt;
 }
 
-bool breaksLine(QChar character) {
+/// Embeddings, overrides and isolates: they could show "gpj.wav" as "vaw.jpg", and reach into the
+/// text around the name.
+bool turnsText(QChar character) {
+    const char16_t code = character.unicode();
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+bool isUnfitToShow(QChar character) {
     return character.category() == QChar::Other_Control ||
            character.category() == QChar::Separator_Line ||
-           character.category() == QChar::Separator_Paragraph;
+           character.category() == QChar::Separator_Paragraph || turnsText(character);
 }
 
 struct FolderCloser {
@@ -68,7 +75,7 @@ struct FolderCloser {
 
 QString displayName(std::string_view name) {
     QString text = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
-    std::replace_if(text.begin(), text.end(), breaksLine, QChar(QChar::ReplacementCharacter));
+    std::replace_if(text.begin(), text.end(), isUnfitToShow, QChar(QChar::ReplacementCharacter));
     return text;
 }
 

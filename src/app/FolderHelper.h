@@ -13,8 +13,8 @@
 namespace deckmate {
 
 /// The name that a person sees for an entry: UTF-8, with U+FFFD for bytes that are none and for
-/// characters that would break or hide the line (control characters, line and paragraph
-/// separators).
+/// characters that would break, hide or turn the line (control characters, line and
+/// paragraph separators, embeddings, overrides and isolates of writing directions).
 QString displayName(std::string_view name);
 
 /// One icon for each kind of entry, so that a listing looks up two and not one for each file.

@@ -20,6 +20,7 @@ namespace deckmate {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_view_literals;
 using test::LogLines;
 using test::TemporaryFolder;
 using testing::ElementsAre;
@@ -200,6 +201,21 @@ TEST(FolderHelper, RightToLeftNamesAreShownAsTheyStand) {
     const std::string name = "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D.wav";
     folder.file(name, {});
     EXPECT_THAT(shown(folder), ElementsAre(name));
+}
+
+TEST(FolderHelper, CharactersThatTurnTheTextAreShownAsReplacedOnes) {
+    const QString mark(QChar(0xFFFD));
+    for (const char16_t code : u"\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069"sv) {
+        const QString name = "take" + QString(QChar(code)) + "vaw.wav";
+        EXPECT_EQ(displayName(name.toStdString()), "take" + mark + "vaw.wav") << int{code};
+    }
+}
+
+TEST(FolderHelper, TheNeighboursOfCharactersThatTurnTheTextAreShownAsTheyStand) {
+    for (const char16_t code : u"\u202F\u2065\u206A\u200E\u200F"sv) {
+        const QString name = "take" + QString(QChar(code)) + ".wav";
+        EXPECT_EQ(displayName(name.toStdString()), name) << int{code};
+    }
 }
 
 TEST(FolderHelper, LinksCountAsWhatTheyLeadTo) {
