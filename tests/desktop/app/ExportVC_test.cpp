@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -32,6 +33,12 @@ protected:
     QRadioButton* radio32() const { return find<QRadioButton>("radio32"); }
     QCheckBox* normalize() const { return find<QCheckBox>("checkboxNormalize"); }
     void save() { clickOn("btnSave"); }
+    /// Before the sheet is shown.
+    void rename(const std::string& name) {
+        std::filesystem::rename(source, folder / name);
+        recording_ = std::make_shared<Export>(folder / name);
+        sheet->setExporter(recording_);
+    }
 
     std::optional<std::filesystem::path> target = folder / "out.WAV";
     int asked = 0;
@@ -79,6 +86,56 @@ TEST_F(ExportVCTest, IsAWindowOfFixedSizeInTheMiddleOfItsParents) {
 TEST_F(ExportVCTest, NamesTheRecording) {
     show();
     EXPECT_EQ(find<QLabel>("lblFileName")->text(), "take.wav");
+}
+
+TEST_F(ExportVCTest, ALongNameIsCutInItsMiddleAndToldInFull) {
+    rename("begin" + std::string(241, 'm') + "end.wav");
+    show();
+    const QString name = "begin" + QString(241, 'm') + "end.wav";
+    auto* const label = find<QLabel>("lblFileName");
+    EXPECT_TRUE(label->text().startsWith("beginmm")) << label->text().toStdString();
+    EXPECT_TRUE(label->text().endsWith("end.wav")) << label->text().toStdString();
+    EXPECT_TRUE(label->text().contains(QChar(0x2026)));
+    EXPECT_LE(label->fontMetrics().horizontalAdvance(label->text()), label->width());
+    EXPECT_TRUE(sheet->rect().contains(label->geometry()));
+    EXPECT_EQ(label->accessibleName(), name);
+    EXPECT_EQ(label->toolTip(), "<span>" + name + "</span>");
+}
+
+TEST_F(ExportVCTest, AShortNameNeedsNoToolTip) {
+    show();
+    EXPECT_EQ(find<QLabel>("lblFileName")->toolTip(), "");
+}
+
+TEST_F(ExportVCTest, MarkupInANameIsShownAsItStands) {
+    rename("<b>bold<br>x.wav");
+    show();
+    auto* const label = find<QLabel>("lblFileName");
+    EXPECT_EQ(label->text(), "<b>bold<br>x.wav");
+    EXPECT_EQ(label->textFormat(), Qt::PlainText);
+}
+
+TEST_F(ExportVCTest, MarkupInALongNameIsEscapedForItsToolTip) {
+    rename("<b>" + std::string(240, 'm') + ".wav");
+    show();
+    EXPECT_EQ(find<QLabel>("lblFileName")->toolTip(),
+              "<span>&lt;b&gt;" + QString(240, 'm') + ".wav</span>");
+}
+
+TEST_F(ExportVCTest, ARightToLeftNameIsShownAsItStands) {
+    rename("\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D.wav");
+    show();
+    auto* const label = find<QLabel>("lblFileName");
+    EXPECT_EQ(label->text().toStdString(), "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D.wav");
+    EXPECT_TRUE(sheet->rect().contains(label->geometry()));
+}
+
+TEST_F(ExportVCTest, ANameCannotTurnTheTextAround) {
+    rename("take\xE2\x80\xAEgpj.wav");
+    show();
+    auto* const label = find<QLabel>("lblFileName");
+    EXPECT_EQ(label->text().toStdString(), "take\xEF\xBF\xBDgpj.wav");
+    EXPECT_EQ(label->accessibleName(), label->text());
 }
 
 TEST_F(ExportVCTest, EveryControlIsInsideAndTold) {
@@ -188,9 +245,7 @@ TEST_F(ExportVCTest, TheSourceIsRefusedAndNothingLogged) {
 }
 
 TEST_F(ExportVCTest, TheSourceIsRefusedWithoutItsEndingToo) {
-    std::filesystem::rename(source, folder / "take.WAV");
-    recording_ = std::make_shared<Export>(folder / "take.WAV");
-    sheet->setExporter(recording_);
+    rename("take.WAV");
     target = folder / "take";
     show();
     save();
