@@ -96,6 +96,9 @@ TEST_F(TickStrip, WithoutADelegateAClickIsNothing) {
     strip.setDelegate(nullptr);
     desktop.click(strip, label(0).center());
     EXPECT_THAT(clicked, IsEmpty());
+    strip.setDelegate(this);
+    desktop.click(strip, label(0).center());
+    EXPECT_THAT(clicked, ElementsAre("+36"));
 }
 
 TEST_F(TickStrip, NewTextsHaveNoPlaceUntilTheyAreDrawn) {
