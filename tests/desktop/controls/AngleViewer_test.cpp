@@ -4,6 +4,7 @@
 #include "desktop/controls/ControlsTest.h"
 
 #include <gmock/gmock.h>
+#include <iterator>
 #include <vector>
 
 namespace deckmate::test {
@@ -263,6 +264,66 @@ TEST_F(AngleDial, DisabledItIsAllGrey) {
     EXPECT_EQ(colourAt(image, {40, 200}), trackColor());
     EXPECT_EQ(colourAt(image, {86.9, 86.9}), trackColor());
     EXPECT_EQ(colourAt(image, {61.4, 280}), trackColor());
+}
+
+TEST_F(AngleDial, LabelsStandLeftOfTheirPointsOnTheArc) {
+    // Each one's right edge is 8 left of the arc's point, its middle level with it; then the
+    // offset.
+    const double cosine30 = 160 * 0.8660254037844386;
+    const QPointF places[] = {
+        {200 - 8 + 25, 40 - 20},            // 0: (200, 40)
+        {120 - 8 - 3, 200 - cosine30 - 14}, // 30: 80 left, cosine30 up
+        {200 - cosine30 - 8 - 5, 120 - 5},  // 60: cosine30 left, 80 up
+        {40 - 8 - 5, 200},                  // 90: (40, 200)
+        {200 - cosine30 - 8 - 5, 280 + 10}, // 120: cosine30 left, 80 down
+        {120 - 8 + 5, 200 + cosine30 + 18}, // 150: 80 left, cosine30 down
+    };
+    Desktop::painted(dial);
+    for (std::size_t i = 0; i < std::size(places); ++i) {
+        EXPECT_NEAR(labelAt(i).right(), places[i].x(), 1e-9) << i;
+        EXPECT_NEAR(labelAt(i).center().y(), places[i].y(), 1e-9) << i;
+    }
+}
+
+TEST_F(AngleDial, TheArcIsFourPointsWide) {
+    startAt(150);
+    const QImage image = Desktop::painted(dial);
+    // Where it crosses the middle's height it goes from 38 to 42.
+    EXPECT_EQ(colourAt(image, {37.25, 200}), background());
+    EXPECT_GT(colourAt(image, {38.25, 200}).red(), 245);
+    EXPECT_GT(colourAt(image, {41.75, 200}).red(), 245);
+    EXPECT_LT(colourAt(image, {42.75, 200}).red(), 45);
+}
+
+TEST_F(AngleDial, TheArcsEndIsRound) {
+    startAt(90);
+    const QImage image = Desktop::painted(dial);
+    // Half a circle of radius 2 around (200, 40), of which a square's corner is not a part.
+    EXPECT_GT(colourAt(image, {201.25, 39.75}).red(), 200);
+    EXPECT_LT(colourAt(image, {201.75, 41.75}).red(), 150);
+    EXPECT_EQ(colourAt(image, {202.75, 40}), background());
+}
+
+TEST_F(AngleDial, DisabledLabelsAreHalfWhite) {
+    dial.setFont(thickFont());
+    dial.setEnable(false);
+    // Half of 255 over half of the background's 0x21; all else is 88.
+    EXPECT_NEAR(brightest(Desktop::painted(dial)), 144, 1);
+}
+
+TEST_F(AngleDial, TheScreenShowsEachNewAngle) {
+    const QPointF left(40, 200);
+    ASSERT_TRUE(isShown(dial, left, trackColor()));
+    dial.setNewAngle(90);
+    EXPECT_TRUE(isShown(dial, left, Qt::white)) << "set";
+    dial.resetTo0();
+    EXPECT_TRUE(isShown(dial, left, trackColor())) << "reset";
+    desktop.drag(dial, thumb(), {200, 390});
+    EXPECT_TRUE(isShown(dial, {47, 200}, background())) << "beside the arc";
+    EXPECT_TRUE(isShown(dial, {120, 338}, Qt::white)) << "dragged to the end";
+    dial.setEnable(false);
+    dial.update();
+    EXPECT_TRUE(isShown(dial, {120, 338}, trackColor())) << "disabled";
 }
 
 TEST_F(AngleDial, KeysTurnByOneAndTen) {

@@ -5,9 +5,11 @@
 #include "controls/Resources.h"
 #include "desktop/support/Desktop.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QFont>
 #include <QWidget>
 
 namespace deckmate::test {
@@ -26,6 +28,27 @@ protected:
 
     static QColor background() { return colour("AppBGLight"); }
     static QColor trackColor() { return {88, 88, 88}; }
+    /// Waits until the X server shows a colour; NO if the control didn't ask to be painted.
+    static bool isShown(const QWidget& control, QPointF place, const QColor& wanted) {
+        return Desktop::waitFor([&] { return colourAt(Desktop::shown(control), place) == wanted; });
+    }
+    /// The brightest pixel's red: of labels, that of a letter's middle.
+    static int brightest(const QImage& image) {
+        int found = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                found = std::max(found, image.pixelColor(x, y).red());
+            }
+        }
+        return found;
+    }
+    /// With letters so thick that some pixels are nothing but letter.
+    static QFont thickFont() {
+        QFont font;
+        font.setPixelSize(22);
+        font.setBold(true);
+        return font;
+    }
 
     Desktop& desktop = Desktop::get();
     QWidget window;

@@ -32,17 +32,6 @@ protected:
     QRectF label(std::size_t index) const {
         return fromView(strip.textRectList()[index].frame, strip.height());
     }
-    /// The brightest pixel of a label.
-    static int brightest(const QImage& image) {
-        int found = 0;
-        for (int y = 0; y < image.height(); ++y) {
-            for (int x = 0; x < image.width(); ++x) {
-                found = std::max(found, image.pixelColor(x, y).red());
-            }
-        }
-        return found;
-    }
-
     class GainTickTitle strip {
         &window
     };
@@ -90,6 +79,26 @@ TEST_F(TickStrip, DisabledItIsDimButReports) {
     EXPECT_LT(brightest(Desktop::painted(strip)), 150);
     desktop.click(strip, label(0).center());
     EXPECT_THAT(clicked, ElementsAre("+36"));
+}
+
+TEST_F(TickStrip, DisabledLabelsAreHalfWhite) {
+    strip.setFont(thickFont());
+    strip.setEnable(false);
+    // Half of 255 over half of the background's 0x21.
+    EXPECT_NEAR(brightest(Desktop::painted(strip)), 144, 1);
+}
+
+TEST_F(TickStrip, TheScreenShowsThatItIsDisabled) {
+    ASSERT_TRUE(Desktop::waitFor([&] { return brightest(Desktop::shown(strip)) > 230; }));
+    strip.setEnable(false);
+    EXPECT_TRUE(Desktop::waitFor([&] { return brightest(Desktop::shown(strip)) < 150; }));
+}
+
+TEST_F(TickStrip, TheScreenShowsNewTexts) {
+    ASSERT_TRUE(Desktop::waitFor([&] { return brightest(Desktop::shown(strip)) > 230; }));
+    strip.setTexts({});
+    strip.initTick();
+    EXPECT_TRUE(Desktop::waitFor([&] { return brightest(Desktop::shown(strip)) < 0x30; }));
 }
 
 TEST_F(TickStrip, WithoutADelegateAClickIsNothing) {

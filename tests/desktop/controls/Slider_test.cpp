@@ -321,6 +321,35 @@ TEST_F(HorizontalSlider, TheRingHasTheColourOfFocusAndIsHalfOnTheKnob) {
     EXPECT_EQ(colourAt(image, {110, 6.5}), QColor(Qt::white));
 }
 
+TEST_F(HorizontalSlider, TheScreenShowsEachChange) {
+    const QPointF place(60, 12);
+    ASSERT_TRUE(isShown(slider, place, trackColor()));
+    slider.setDoubleValue(0.5);
+    EXPECT_TRUE(isShown(slider, place, Qt::white)) << "value";
+    slider.setMaxValue(4);
+    EXPECT_TRUE(isShown(slider, place, trackColor())) << "maximum";
+    slider.setMinValue(-2);
+    EXPECT_TRUE(isShown(slider, place, Qt::white)) << "minimum";
+    slider.cell()->setSliderEnabled(false);
+    EXPECT_TRUE(isShown(slider, place, trackColor())) << "enabled";
+    const auto cell = std::make_shared<H8SliderCell>();
+    cell->setSliderEnabled(true);
+    slider.setCell(cell);
+    EXPECT_TRUE(isShown(slider, place, Qt::white)) << "cell";
+    cell->setIsVertical(true);
+    EXPECT_TRUE(isShown(slider, place, background())) << "direction";
+}
+
+TEST_F(HorizontalSlider, TheScreenShowsTheFocusComeAndGo) {
+    const QPointF ring(10, 3.5);
+    ASSERT_TRUE(isShown(slider, {10, 6.5}, Qt::white));
+    desktop.tap("Tab");
+    EXPECT_TRUE(isShown(slider, ring, QColor("#8FA3BF")));
+    before.setFocus(Qt::TabFocusReason);
+    EXPECT_TRUE(Desktop::waitFor(
+        [&] { return colourAt(Desktop::shown(slider), ring) != QColor("#8FA3BF"); }));
+}
+
 TEST_F(HorizontalSlider, FocusGivenByTheProgramIsSeen) {
     slider.setFocus(Qt::OtherFocusReason);
     EXPECT_TRUE(slider.showsFocus());
