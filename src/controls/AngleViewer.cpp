@@ -49,11 +49,19 @@ void AngleViewer::initUI() {
 }
 
 void AngleViewer::setEnable(bool enable) {
+    const bool isChanged = enable != enable_;
     enable_ = enable;
     setFocusPolicy(enable ? Qt::TabFocus : Qt::NoFocus);
     if (!enable && window()->focusWidget() == this) {
         focusNextChild();
         clearFocus();
+    }
+    if (isChanged) {
+        QAccessible::State changed;
+        changed.disabled = true;
+        changed.focusable = true;
+        QAccessibleStateChangeEvent event(this, changed);
+        QAccessible::updateAccessibility(&event);
     }
 }
 
