@@ -3,6 +3,7 @@
 #include "app/Alert.h"
 #include "app/DialogParts.h"
 #include "app/FolderHelper.h"
+#include "app/PendingInput.h"
 #include "app/ProgressPace.h"
 #include "app/SaveDialog.h"
 #include "controls/Resources.h"
@@ -163,6 +164,7 @@ void ExportVC::btnSave_Click() {
         return;
     }
     const SaveOutcome outcome = save(withWavEnding(*chosen));
+    dropPendingInput(); // the sheet, which kept it from the other windows, is about to go
     // Whoever presented the sheet may delete it from here on.
     const auto alert = showAlert;
     QPointer<QWidget> const window(parentWidget());

@@ -20,8 +20,8 @@ class QRadioButton;
 namespace deckmate {
 
 /// The export runs inside the action of the button "Save", and no event is handled before its file
-/// is complete: closing windows, keys and requests to end the program wait. If it takes long,
-/// progress is painted in between.
+/// is complete: closing windows and requests to end the program wait, clicks and keys are dropped.
+/// If it takes long, progress is painted in between.
 ///
 ///     ExportVC sheet(&window);
 ///     sheet.setExporter(recording);

@@ -13,6 +13,8 @@
 
 #include <QMetaObject>
 #include <QProgressBar>
+#include <QPushButton>
+#include <QSlider>
 #include <QTimer>
 
 namespace deckmate::test {
@@ -261,6 +263,85 @@ TEST_F(ExportProgressTest, KeysPressedMeanwhileNeitherCancelNorSaveAgain) {
     EXPECT_EQ(asked, 1);
     EXPECT_EQ(eventsFired(), 1);
     EXPECT_TRUE(isComplete());
+}
+
+/// The main window under the sheet, with a button in its upper left corner.
+class OtherWindow : public ExportProgressTest {
+protected:
+    OtherWindow() {
+        button.setGeometry(0, 0, 120, 40);
+        QObject::connect(&button, &QPushButton::clicked, [this] { ++clicks; });
+        inside = [this] {
+            if (questions == 1) {
+                user.movePointerIn(static_cast<std::uint32_t>(idOf(window)), 20, 20);
+                meanwhile();
+            }
+        };
+    }
+    void clickMeanwhile() const {
+        user.button(1, true);
+        user.button(1, false);
+    }
+
+    const XConnection user;
+    QPushButton button{"Play", &window};
+    int clicks = 0;
+    std::function<void()> meanwhile = [this] { clickMeanwhile(); };
+};
+
+TEST_F(OtherWindow, AClickMeanwhileDoesNothingAfterwards) {
+    show();
+    save();
+    desktop.settle();
+    EXPECT_EQ(clicks, 0);
+    EXPECT_FALSE(button.isDown());
+    EXPECT_TRUE(isComplete());
+}
+
+TEST_F(OtherWindow, AClickMeanwhileDoesNothingWhenTheSheetWasModal) {
+    desktop.show(window);
+    sheet->setParentFrame(window.geometry());
+    answers.add("ExportVC", [&](QWidget& /*window*/) { save(); });
+    sheet->exec();
+    desktop.settle();
+    EXPECT_EQ(clicks, 0);
+    EXPECT_TRUE(isComplete());
+}
+
+TEST_F(OtherWindow, AClickMeanwhileDoesNotReachItUnderTheAlert) {
+    target = source;
+    sheet->showAlert = [&](QWidget* /*parent*/, const QString& /*text*/) { desktop.settle(); };
+    sheet->chooseTarget = [this](const auto&...) {
+        user.movePointerIn(static_cast<std::uint32_t>(idOf(window)), 20, 20);
+        clickMeanwhile();
+        return target;
+    };
+    show();
+    save();
+    EXPECT_EQ(clicks, 0);
+    EXPECT_EQ(eventsFired(), 1);
+}
+
+TEST_F(OtherWindow, TheWheelTurnedMeanwhileDoesNothingAfterwards) {
+    QSlider slider(Qt::Horizontal, &window);
+    slider.setGeometry(button.geometry());
+    slider.setValue(50);
+    meanwhile = [this] {
+        user.button(4, true);
+        user.button(4, false);
+    };
+    show();
+    save();
+    desktop.settle();
+    EXPECT_EQ(slider.value(), 50);
+}
+
+TEST_F(OtherWindow, TheNextClickCounts) {
+    show();
+    save();
+    desktop.settle();
+    desktop.click(button, {20, 20});
+    EXPECT_EQ(clicks, 1);
 }
 
 TEST_F(ExportProgressTest, ARequestToEndTheProgramWaitsForTheFile) {

@@ -1,0 +1,70 @@
+#include "app/PendingInput.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+
+namespace deckmate {
+
+namespace {
+
+bool isInput(QEvent::Type type) {
+    switch (type) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseMove:
+    case QEvent::ContextMenu:
+    case QEvent::Wheel:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::ShortcutOverride:
+    case QEvent::Shortcut:
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+    case QEvent::TouchCancel:
+    case QEvent::TabletPress:
+    case QEvent::TabletMove:
+    case QEvent::TabletRelease:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Deletes itself when nothing can be left of what waited when it was made.
+class InputFilter final : public QObject {
+public:
+    InputFilter() : QObject(QCoreApplication::instance()) {
+        QCoreApplication::instance()->installEventFilter(this);
+        startTimer(0);
+    }
+
+protected:
+    // Only on their way into widgets: a window keeps account of the buttons that are held.
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        return receiver->isWidgetType() && isInput(event->type());
+    }
+
+    // The first time may come before the window system's events in the same round of the event
+    // loop; by the second time, that round is over.
+    void timerEvent(QTimerEvent* /*event*/) override {
+        if (isRoundOver_) {
+            deleteLater();
+            QCoreApplication::instance()->removeEventFilter(this);
+        }
+        isRoundOver_ = true;
+    }
+
+private:
+    bool isRoundOver_ = false;
+};
+
+} // namespace
+
+void dropPendingInput() {
+    new InputFilter;
+}
+
+} // namespace deckmate
