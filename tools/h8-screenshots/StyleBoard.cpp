@@ -6,6 +6,8 @@
 #include "app/ImageView.h"
 #include "controls/Resources.h"
 
+#include <initializer_list>
+
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QComboBox>
@@ -66,6 +68,17 @@ QToolButton* makeImageButton(const QString& name, const QSize& size) {
     return button;
 }
 
+void addImageButtons(QVBoxLayout& column, std::initializer_list<const char*> names,
+                     const QSize& size, bool isAble) {
+    auto* const row = new QHBoxLayout;
+    for (const char* const name : names) {
+        QToolButton* const button = makeImageButton(name, size);
+        button->setEnabled(isAble);
+        row->addWidget(button);
+    }
+    column.addLayout(row);
+}
+
 QTableView* makeTable(QWidget* owner) {
     const FileIcons icons = FileIcons::ofTheme();
     auto* const model = new QStandardItemModel(owner);
@@ -89,6 +102,25 @@ QTableView* makeTable(QWidget* owner) {
     return table;
 }
 
+QLineEdit* makeLineEdit() {
+    auto* const edit = new QLineEdit("H8_0002");
+    edit->setCursorPosition(0); // else its end would be shown, with a glyph cut at its beginning
+    return edit;
+}
+
+/// Radio buttons of one parent exclude each other: able and unable ones have each their own.
+QWidget* makeFormats() {
+    auto* const formats = new QWidget;
+    auto* const column = new QVBoxLayout(formats);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(grid);
+    auto* const chosen = new QRadioButton("24-bit Linear");
+    chosen->setChecked(true);
+    column->addWidget(chosen);
+    column->addWidget(new QRadioButton("32-bit Float"));
+    return formats;
+}
+
 void addButtons(QVBoxLayout& column) {
     addBoth(column, new QPushButton("Export\u2026"), new QPushButton("Export\u2026"));
     auto* const main = new QPushButton("Save");
@@ -96,15 +128,9 @@ void addButtons(QVBoxLayout& column) {
     column.addWidget(main);
     addCheckable(column, new QCheckBox("Normalize"), new QCheckBox("Normalize"));
     addBoth(column, new QCheckBox("Normalize"), new QCheckBox("Normalize"));
-    // Radio buttons of one parent exclude each other.
-    auto* const first = new QWidget;
-    auto* const row = new QVBoxLayout(first);
-    row->setContentsMargins(0, 0, 0, 0);
-    addCheckable(*row, new QRadioButton("24-bit Linear"), new QCheckBox("off"));
-    row->addWidget(new QRadioButton("32-bit Float"));
-    column.addWidget(first);
+    addBoth(column, makeFormats(), makeFormats());
     addBoth(column, makeComboBox(), makeComboBox());
-    addBoth(column, new QLineEdit("H8_0002_Decode"), new QLineEdit("H8_0002_Decode"));
+    addBoth(column, makeLineEdit(), makeLineEdit());
     auto* const progress = new QProgressBar;
     progress->setValue(40);
     column.addWidget(progress);
@@ -112,19 +138,14 @@ void addButtons(QVBoxLayout& column) {
 }
 
 void addImages(QVBoxLayout& column) {
-    auto* const glyphs = new QHBoxLayout;
     for (const char* const name : {"play_play", "play_pause"}) {
         addBoth(column, makeImageButton(name, {24, 24}), makeImageButton(name, {24, 24}));
     }
-    for (const char* const name : {"speaker_mute", "speaker_1", "speaker_2", "speaker_3"}) {
-        glyphs->addWidget(makeImageButton(name, {38, 24}));
+    for (const bool isAble : {true, false}) {
+        addImageButtons(column, {"speaker_mute", "speaker_1", "speaker_2", "speaker_3"}, {38, 24},
+                        isAble);
+        addImageButtons(column, {"go_up", "folder", "recording", "open_folder"}, {16, 16}, isAble);
     }
-    column.addLayout(glyphs);
-    auto* const small = new QHBoxLayout;
-    for (const char* const name : {"go_up", "folder", "recording", "open_folder"}) {
-        small->addWidget(makeImageButton(name, {16, 16}));
-    }
-    column.addLayout(small);
     auto* const devices = new QHBoxLayout;
     devices->addWidget(new ImageView("device_panel", {48, 178}));
     devices->addWidget(new ImageView("device_panel_off", {48, 178}));

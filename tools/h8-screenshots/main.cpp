@@ -14,7 +14,9 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QList>
 #include <QPixmap>
+#include <QProgressBar>
 #include <QTimer>
 #include <QWidget>
 
@@ -48,6 +50,16 @@ bool saveAlert(const QDir& folder) {
     return isSaved;
 }
 
+/// As the sheet looks in the middle of an export, which no event reaches.
+void showExporting(ExportVC& sheet) {
+    for (QWidget* const part : sheet.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        part->setEnabled(part->objectName() == "progress" || part->objectName() == "lblFileName");
+    }
+    auto* const progress = sheet.findChild<QProgressBar*>("progress");
+    progress->setValue(progress->maximum() * 2 / 5);
+    progress->show();
+}
+
 bool saveAll(const QDir& folder) {
     AboutVC about;
     about.setVersionString("1.0.12");
@@ -57,11 +69,15 @@ bool saveAll(const QDir& folder) {
     NodeviceVC noDevice;
     ExportVC exportSheet;
     exportSheet.setExporter(std::make_shared<Export>("H8_0002.WAV"));
+    ExportVC exporting;
+    exporting.setExporter(std::make_shared<Export>("H8_0002.WAV"));
+    showExporting(exporting);
     const auto style = makeStyleBoard();
     return save(about, folder, "about") && save(introduction, folder, "introduction") &&
            save(introductionFromMenu, folder, "introduction-from-menu") &&
            save(noDevice, folder, "no-device") && save(exportSheet, folder, "export") &&
-           saveAlert(folder) && save(*style, folder, "style");
+           save(exporting, folder, "exporting") && saveAlert(folder) &&
+           save(*style, folder, "style");
 }
 
 } // namespace
