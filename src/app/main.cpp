@@ -1,8 +1,13 @@
 #include "app/AppDelegate.h"
 #include "app/Look.h"
+#include "app/ViewController.h"
 #include "app/WindowController.h"
 
+#include "device/MIDIManager.h"
+#include "device/MIDISequenceManager.h"
+#include "platform/SoundSystem.h"
 #include "platform/StandardStreams.h"
+#include "platform/alsa/AlsaMidi.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtUserDefaults.h"
 
@@ -26,6 +31,16 @@ void reportStart(QtMsgType type, const QMessageLogContext& /*context*/, const QS
     }
 }
 
+int runMainWindow() {
+    WindowController windowController;
+    ViewController controller(windowController.window());
+    windowController.showWindow();
+    AppDelegate::applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    AppDelegate::applicationWillTerminate();
+    return status;
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
@@ -39,11 +54,11 @@ int main(int count, char** arguments) {
 
     const QtRunLoop loop;
     const QtUserDefaults defaults;
+    const SoundSystem sound;
+    const std::unique_ptr<Midi> midi = makeAlsaMidi();
     applyLook(application);
-    WindowController controller;
-    controller.showWindow();
-    AppDelegate::applicationDidFinishLaunching();
-    const int status = QApplication::exec();
-    AppDelegate::applicationWillTerminate();
+    const int status = runMainWindow();
+    MIDIManager::s_midi().reset();
+    MIDISequenceManager::s_seq_controller().reset();
     return status;
 }

@@ -3,6 +3,8 @@
 #include "desktop/app/LookEnvironment.h"
 #include "desktop/app/XWindows.h"
 #include "desktop/support/Desktop.h"
+#include "platform/qt/QtUserDefaults.h"
+#include "services/Utility.h"
 #include "support/SoundServer.h"
 
 #include <gtest/gtest.h>
@@ -73,7 +75,14 @@ TEST(MainWindow, ItIsOfTheApplicationsColour) {
     }));
 }
 
+/// As after the first start, when the introduction has been read.
+void silenceIntroduction() {
+    const QtUserDefaults defaults;
+    Utility::store("UD_DO_NOT_SHOW_AGAIN", DECKMATE_TEST_VERSION);
+}
+
 TEST(MainWindow, ClosingItEndsTheProgram) {
+    silenceIntroduction();
     const XWindows windows;
     ChildProcess program({DECKMATE_PROGRAM});
     windows.close(managed(windows));
@@ -81,6 +90,7 @@ TEST(MainWindow, ClosingItEndsTheProgram) {
 }
 
 TEST(MainWindow, TheProgramsWindowIsTheControllers) {
+    silenceIntroduction();
     const XWindows windows;
     ChildProcess program({DECKMATE_PROGRAM});
     const auto id = managed(windows);

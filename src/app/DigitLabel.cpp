@@ -1,0 +1,43 @@
+#include "app/DigitLabel.h"
+
+#include <algorithm>
+
+#include <QPainter>
+
+namespace deckmate {
+
+int DigitLabel::advance(QChar character) const {
+    const QFontMetrics metrics = fontMetrics();
+    if (!character.isDigit()) {
+        return metrics.horizontalAdvance(character);
+    }
+    int widest = 0;
+    for (char digit = '0'; digit <= '9'; ++digit) {
+        widest = std::max(widest, metrics.horizontalAdvance(QLatin1Char(digit)));
+    }
+    return widest;
+}
+
+int DigitLabel::textWidth() const {
+    int width = 0;
+    for (const QChar character : text()) {
+        width += advance(character);
+    }
+    return width;
+}
+
+QSize DigitLabel::sizeHint() const {
+    return {textWidth(), fontMetrics().height()};
+}
+
+void DigitLabel::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    int left = alignment().testFlag(Qt::AlignRight) ? width() - textWidth() : 0;
+    for (const QChar character : text()) {
+        const int cell = advance(character);
+        painter.drawText(QRect(left, 0, cell, height()), Qt::AlignCenter, character);
+        left += cell;
+    }
+}
+
+} // namespace deckmate

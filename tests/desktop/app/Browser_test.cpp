@@ -1,0 +1,166 @@
+// The file browser of the main window, and opening recordings from it.
+#include "desktop/app/LookEnvironment.h"
+#include "desktop/app/MainWindowTest.h"
+
+#include "controls/AngleViewer.h"
+#include "controls/GainTickTitle.h"
+#include "controls/Slider.h"
+
+#include <filesystem>
+
+#include <QItemSelectionModel>
+
+namespace deckmate::test {
+namespace {
+
+using testing::ElementsAre;
+namespace fs = std::filesystem;
+
+[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
+
+class Browser : public MainWindowTest {};
+
+TEST_F(Browser, TheLastFolderIsListedAtTheStart) {
+    addTake("b.WAV", 1);
+    fs::create_directory(folder / "takes/Old");
+    start();
+    EXPECT_EQ(rows(), (QStringList{"Old", "b.WAV"}));
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes");
+    EXPECT_THAT(presented, ElementsAre());
+}
+
+TEST_F(Browser, TheIntroductionOfANewVersionIsShownOnce) {
+    defaults.setString("0.0.1", "UD_DO_NOT_SHOW_AGAIN");
+    start();
+    EXPECT_TRUE(Desktop::waitFor([this] { return !presented.empty(); }));
+    controller->viewDidAppear();
+    EXPECT_THAT(presented, ElementsAre("IntroductionVC"));
+}
+
+TEST_F(Browser, ADoubleClickEntersAFolderAndRemembersIt) {
+    fs::create_directory(folder / "takes/Old");
+    start();
+    doubleClickRow("Old");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "Old");
+    EXPECT_EQ(defaults.stringForKey("UD_LAST_OPEN_FOLDER"), (folder / "takes/Old").string());
+    desktop.click(view<QWidget>("btnGoUp"), {12, 12});
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes");
+}
+
+TEST_F(Browser, ReturnOpensTheSelectedRow) {
+    fs::create_directory(folder / "takes/Old");
+    start();
+    desktop.tap("Return");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes");
+    clickRow("Old");
+    desktop.tap("Return");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "Old");
+}
+
+TEST_F(Browser, TheFolderIsChosenByAClickOnItsNameOrTheButton) {
+    fs::create_directory(folder / "other");
+    start();
+    desktop.click(view<QWidget>("lblFolder"), {10, 10});
+    EXPECT_EQ(choosingBeganIn, folder / "takes");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes"); // cancelled
+    chosenFolder = folder / "other";
+    desktop.click(view<QWidget>("btnOpenFolder"), {12, 12});
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "other");
+}
+
+TEST_F(Browser, ANewFileAppearsAndTheSelectionStaysWithItsName) {
+    addTake("m.wav", 1);
+    start();
+    clickRow("m.wav");
+    addTake("a.wav", 1);
+    EXPECT_TRUE(Desktop::waitFor([this] { return rows().size() == 2; }));
+    const auto selected = view<QTableView>("tableFile").selectionModel()->selectedRows();
+    ASSERT_EQ(selected.size(), 1);
+    EXPECT_EQ(selected.front().data().toString(), "m.wav");
+}
+
+TEST_F(Browser, AFolderThatVanishesGivesWayToTheDesktop) {
+    start();
+    fs::remove_all(folder / "takes");
+    EXPECT_TRUE(Desktop::waitFor(
+        [this] { return view<QAbstractButton>("lblFolder").text() == "Desktop"; }));
+    fs::create_directory(folder / "takes");
+    addTake("back.wav", 1);
+    EXPECT_TRUE(Desktop::waitFor([this] { return rows() == QStringList{"back.wav"}; }));
+}
+
+TEST_F(Browser, ARecordingIsOpenedAndPlayedAtOnce) {
+    addTake("take.wav");
+    start();
+    doubleClickRow("take.wav");
+    EXPECT_EQ(text("lblFileName"), "take.wav");
+    EXPECT_EQ(text("lblTimeCurrent"), "00:00:00");
+    EXPECT_EQ(text("lblTimeTotal"), "00:00:02");
+    EXPECT_EQ(view<QWidget>("btnPlayPause").accessibleName(), "Pause");
+    for (const char* const name :
+         {"btnPlayPause", "btnExport", "sliderTime", "sliderGain", "imgDevice"}) {
+        EXPECT_TRUE(view<QWidget>(name).isEnabled()) << name;
+    }
+    EXPECT_TRUE(view<AngleViewer>("sliderStereo").enable());
+    EXPECT_TRUE(view<GainTickTitle>("tickOfGain").enable());
+    const std::vector<float> heard = sound.pull(1000);
+    ASSERT_EQ(heard.size(), 2000U);
+    EXPECT_EQ(heard[0], 0.25F); // half of full scale at the volume 0.5
+}
+
+TEST_F(Browser, APlainRecordingHasNoStereoWidthButKeepsTheAngle) {
+    addTake("plain.wav", 4800, plainHistory);
+    start();
+    view<AngleViewer>("sliderStereo").setNewAngle(90);
+    doubleClickRow("plain.wav");
+    EXPECT_FALSE(view<AngleViewer>("sliderStereo").enable());
+    EXPECT_FALSE(view<QWidget>("imgDevice").isEnabled());
+    EXPECT_TRUE(view<QWidget>("sliderGain").isEnabled());
+    EXPECT_EQ(view<AngleViewer>("sliderStereo").angle(), 90);
+}
+
+TEST_F(Browser, AFileThatIsNoRecordingIsRefusedAndTheOldOneIsGone) {
+    addTake("take.wav");
+    folder.file("takes/text.wav", test::text("no recording"));
+    start();
+    doubleClickRow("take.wav");
+    doubleClickRow("text.wav");
+    EXPECT_THAT(alerts, ElementsAre("File not supported."));
+    EXPECT_EQ(text("lblFileName"), "");
+    EXPECT_EQ(text("lblTimeCurrent"), "--:--:--");
+    EXPECT_EQ(text("lblTimeTotal"), "--:--:--");
+    EXPECT_EQ(view<QWidget>("btnPlayPause").accessibleName(), "Play");
+    for (const char* const name :
+         {"btnPlayPause", "btnExport", "sliderTime", "sliderGain", "imgDevice"}) {
+        EXPECT_FALSE(view<QWidget>(name).isEnabled()) << name;
+    }
+    EXPECT_FALSE(view<AngleViewer>("sliderStereo").enable());
+    EXPECT_EQ(sound.open, 0U);
+}
+
+TEST_F(Browser, AFileThatHasVanishedIsIgnored) {
+    const fs::path take = addTake("take.wav", 1);
+    start();
+    fs::remove(take);
+    doubleClickRow("take.wav");
+    EXPECT_THAT(alerts, ElementsAre());
+    EXPECT_EQ(text("lblFileName"), "");
+}
+
+TEST_F(Browser, EveryViewHasItsNameAndSaysWhatItIs) {
+    start();
+    for (const char* const name :
+         {"lblFolder", "tableFile", "btnExport", "btnVolume", "btnPlayPause", "sliderVolume",
+          "sliderTime", "sliderGain", "sliderStereo", "tickOfLevel", "tickOfGain", "lvlRight",
+          "lvlLeft", "popupAutoPow", "popupBattery", "listBatteryCover", "listAutoPowOffCover"}) {
+        EXPECT_FALSE(view<QWidget>(name).accessibleName().isEmpty()) << name;
+    }
+    for (const char* const name : {"lblTimeTotal", "lblTimeCurrent", "viewRightBG", "viewLeftBG",
+                                   "viewPathBG", "lblFileName", "lblGain", "lblUsed", "lblRemain",
+                                   "lblVersion", "lblConnect", "imgH8", "lblStereo", "imgDevice"}) {
+        EXPECT_TRUE(view<QWidget>(name).isVisible()) << name;
+    }
+}
+
+} // namespace
+} // namespace deckmate::test
