@@ -308,20 +308,6 @@ TEST_F(OtherWindow, AClickMeanwhileDoesNothingWhenTheSheetWasModal) {
     EXPECT_TRUE(isComplete());
 }
 
-TEST_F(OtherWindow, AClickMeanwhileDoesNotReachItUnderTheAlert) {
-    target = source;
-    sheet->showAlert = [&](QWidget* /*parent*/, const QString& /*text*/) { desktop.settle(); };
-    sheet->chooseTarget = [this](const auto&...) {
-        user.movePointerIn(static_cast<std::uint32_t>(idOf(window)), 20, 20);
-        clickMeanwhile();
-        return target;
-    };
-    show();
-    save();
-    EXPECT_EQ(clicks, 0);
-    EXPECT_EQ(eventsFired(), 1);
-}
-
 TEST_F(OtherWindow, TheWheelTurnedMeanwhileDoesNothingAfterwards) {
     QSlider slider(Qt::Horizontal, &window);
     slider.setGeometry(button.geometry());
