@@ -11,9 +11,9 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QMetaObject>
 #include <QPointer>
 #include <QPushButton>
+#include <QTimer>
 
 namespace deckmate {
 
@@ -85,8 +85,13 @@ void SaveDialog::accept() {
         isAsking_ = true;
         // Later: a part of the dialog, such as the field for the name, called this and still works.
         // It must not find itself destroyed when an answer is there.
-        QMetaObject::invokeMethod(
-            this, [this, path] { askAndTake(path); }, Qt::QueuedConnection);
+        auto* const later = new QTimer(this);
+        later->setSingleShot(true);
+        connect(later, &QTimer::timeout, this, [this, later, path] {
+            later->deleteLater();
+            askAndTake(path);
+        });
+        later->start(0);
     } else {
         take(path);
     }
