@@ -53,7 +53,7 @@ public:
     Results& operator=(Results&&) = delete;
 
     /// NO when the line could not be written, which is told unless it was not wanted any more.
-    bool print(const std::string& line) {
+    bool print(const std::string& line) const {
         if (printLine(descriptor_, line)) {
             return true;
         }
