@@ -25,6 +25,10 @@ QLabel* makeParagraph(const QString& text, const char* role, int width, QWidget*
     return label;
 }
 
+QString asToolTip(const QString& text) {
+    return QStringLiteral("<span>%1</span>").arg(text.toHtmlEscaped());
+}
+
 QLayout* makeButtonRow(QWidget* beside, QPushButton* button) {
     auto* const row = new QHBoxLayout;
     row->setSpacing(grid);

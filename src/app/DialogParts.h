@@ -1,4 +1,4 @@
-// What the dialogs' contents are made of, so that all of them look alike.
+// What the windows' contents are made of, so that all of them look alike.
 #pragma once
 
 #include <QString>
@@ -18,6 +18,9 @@ inline constexpr int grid = 8;
 QLabel* makeLabel(const QString& text, const char* role, QWidget* parent);
 /// The same over several lines, as many as it takes at this width.
 QLabel* makeParagraph(const QString& text, const char* role, int width, QWidget* parent);
+
+/// The text as a tool tip shows it as it stands: a name like <b>.wav would be taken for markup.
+QString asToolTip(const QString& text);
 
 /// A row that ends with the dialog's main button, which Return presses; `beside` may be null.
 QLayout* makeButtonRow(QWidget* beside, QPushButton* button);

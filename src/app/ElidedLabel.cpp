@@ -1,5 +1,7 @@
 #include "app/ElidedLabel.h"
 
+#include "app/DialogParts.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -17,11 +19,8 @@ QSize ElidedLabel::minimumSizeHint() const {
 bool ElidedLabel::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         const bool isCut = fontMetrics().horizontalAdvance(text()) > width();
-        // Escaped, because a tool tip would take a name like <b>.wav for markup.
         QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
-                           isCut ? QStringLiteral("<span>%1</span>").arg(text().toHtmlEscaped())
-                                 : QString(),
-                           this);
+                           isCut ? asToolTip(text()) : QString(), this);
         return true;
     }
     return QLabel::event(event);

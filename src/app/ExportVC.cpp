@@ -141,9 +141,7 @@ void ExportVC::nameRecording() {
         lblFileName->fontMetrics().elidedText(name, Qt::ElideMiddle, contentWidth);
     lblFileName->setText(shown);
     lblFileName->setAccessibleName(name);
-    // Escaped, because a tool tip would take a name like <b>.wav for markup.
-    lblFileName->setToolTip(
-        shown == name ? QString() : QStringLiteral("<span>%1</span>").arg(name.toHtmlEscaped()));
+    lblFileName->setToolTip(shown == name ? QString() : asToolTip(name));
 }
 
 void ExportVC::btnSave_Click() {

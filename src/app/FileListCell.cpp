@@ -1,5 +1,7 @@
 #include "app/FileListCell.h"
 
+#include "app/DialogParts.h"
+
 #include <QAbstractItemView>
 #include <QEvent>
 #include <QHelpEvent>
@@ -90,11 +92,7 @@ bool FileListCell::helpEvent(QHelpEvent* event, QAbstractItemView* view,
     const QString name = index.data(lblFileName).toString();
     const int place = placesIn(option.rect, option.direction).name.width();
     const bool isCut = QFontMetrics(view->font()).horizontalAdvance(name) > place;
-    // Escaped, because a tool tip would take a name like <b>.wav for markup.
-    QToolTip::showText(event->globalPos(),
-                       isCut ? QStringLiteral("<span>%1</span>").arg(name.toHtmlEscaped())
-                             : QString(),
-                       view, option.rect);
+    QToolTip::showText(event->globalPos(), isCut ? asToolTip(name) : QString(), view, option.rect);
     return true;
 }
 

@@ -188,7 +188,6 @@ void buildBrowser(Builder& builder, MainWindowView& view) {
     view.btnGoUp = builder.addImageButton("btnGoUp", "Enclosing folder", "go_up", smallGlyph,
                                           {26, 15, 24, 24}, Stretch::none);
     view.lblFolder = builder.add(new ClickableArea, "lblFolder", {54, 14, 212, 26});
-    view.lblFolder->setProperty("role", "subheading");
     QFont strong = view.lblFolder->font();
     strong.setWeight(QFont::DemiBold);
     view.lblFolder->setFont(strong);

@@ -2,6 +2,7 @@
 
 #include "app/ClickableArea.h"
 #include "app/DevicePanelText.h"
+#include "app/DialogParts.h"
 #include "app/ElidedLabel.h"
 #include "app/FileListCell.h"
 #include "app/FileListModel.h"
@@ -229,8 +230,8 @@ void ViewController::initRecording() {
 void ViewController::initMeters() {
     for (LevelMeter* const meter : {lvlLeft, lvlRight}) {
         meter->setMaxValue(mostLevel);
-        meter->setLevel(0);
     }
+    clearMeters();
 }
 
 void ViewController::initGain() {
@@ -344,7 +345,7 @@ void ViewController::openFolder(const fs::path& folder) {
 void ViewController::nameFolder(const QString& name) {
     lblFolder->setText(name);
     lblFolder->setAccessibleName("Folder " + name);
-    lblFolder->setToolTip(QStringLiteral("<span>%1</span>").arg(name.toHtmlEscaped()));
+    lblFolder->setToolTip(asToolTip(name));
 }
 
 void ViewController::updateFileBrowser() {
@@ -451,8 +452,7 @@ void ViewController::acceptDrop(QDropEvent& event) {
 void ViewController::openWavFile(const WavItem& item) {
     stopCurrentTimeTimer();
     closeRecording();
-    lvlLeft->setLevel(0);
-    lvlRight->setLevel(0);
+    clearMeters();
     sliderTime->setIsSeeking(false);
 
     export_ = std::make_shared<Export>(item.fullPath);

@@ -166,6 +166,9 @@ private:
     double lastVolume_ = 0;
     bool isMuteVolume_ = false;
     bool isSeeking_ = false;
+    PlaySettings settings() const;
+    void clearMeters();
+
     PlaySettings before_pause_; ///< stereo_before_pause and gain_before_pause
 
     // ==== Recorder and dialogs

@@ -40,14 +40,16 @@ void ViewController::btnPlay_Click() {
         return;
     }
     if (wavPlayer_->play_state() == PLAY_STATE_PAUSE) {
-        const PlaySettings now = {sliderStereo->angle(),
-                                  static_cast<double>(sliderGain->integerValue())};
         // What is queued was made with other settings.
-        if (now != before_pause_) {
+        if (settings() != before_pause_) {
             wavPlayer_->setPosition(sliderTime->doubleValue());
         }
     }
     wavPlayer_->play();
+}
+
+PlaySettings ViewController::settings() const {
+    return {sliderStereo->angle(), static_cast<double>(sliderGain->integerValue())};
 }
 
 void ViewController::sliderTimeValueChanged(Slider& slider) {
@@ -79,9 +81,8 @@ void ViewController::updatePlayStateUI() {
         stopCurrentTimeTimer();
     };
     const auto keepSettings = [this] {
-        lvlLeft->setLevel(0);
-        lvlRight->setLevel(0);
-        before_pause_ = {sliderStereo->angle(), static_cast<double>(sliderGain->integerValue())};
+        clearMeters();
+        before_pause_ = settings();
     };
     switch (wavPlayer_->play_state()) {
     case PLAY_STATE_PLAY:
@@ -225,6 +226,11 @@ void ViewController::updateLevelMeter(double interval) {
     }
     lvlLeft->setLevel(meterLevel(left));
     lvlRight->setLevel(meterLevel(right));
+}
+
+void ViewController::clearMeters() {
+    lvlLeft->setLevel(0);
+    lvlRight->setLevel(0);
 }
 
 void ViewController::WavePlayerLevelChanged(double left, double right) {
