@@ -10,8 +10,6 @@ namespace {
 
 using testing::ElementsAre;
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
-
 class DevicePanel : public MainWindowTest {
 protected:
     void plugIn() {

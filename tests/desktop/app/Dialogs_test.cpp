@@ -24,8 +24,6 @@ using test::Desktop;
 using test::MemoryUserDefaults;
 using test::XWindows;
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new test::LookEnvironment);
-
 constexpr auto key = "UD_DO_NOT_SHOW_AGAIN";
 const QRectF presenter(200, 160, 1050, 668);
 

@@ -12,8 +12,6 @@ namespace deckmate::test {
 
 namespace {
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
-
 /// Lasts as long as the program, because nobody can unsubscribe.
 class Listener {
 public:

@@ -57,13 +57,13 @@ TEST_F(ExportVCTest, TitlesAreWhiteAndVerbatim) {
     EXPECT_EQ(radio32()->text(), "32-bit Float");
     for (QRadioButton* const radio : {radio24(), radio32()}) {
         const QImage image = Desktop::painted(*radio);
-        int white = 0; // of the letters: to the right of the ring
+        int letters = 0; // of the letters: to the right of the ring
         for (int x = image.width() / 3; x < image.width(); ++x) {
             for (int y = 0; y < image.height(); ++y) {
-                white += image.pixelColor(x, y) == QColor(Qt::white) ? 1 : 0;
+                letters += image.pixelColor(x, y) == QColor(Qt::white) ? 1 : 0;
             }
         }
-        EXPECT_GT(white, 0) << radio->objectName().toStdString();
+        EXPECT_GT(letters, 0) << radio->objectName().toStdString();
     }
 }
 

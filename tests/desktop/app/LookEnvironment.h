@@ -1,4 +1,4 @@
-// The application's own look for a program of tests.
+// The application's own look for a program of tests: including this is enough.
 #pragma once
 
 #include "app/Look.h"
@@ -9,10 +9,11 @@
 
 namespace deckmate::test {
 
-///     [[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
 class LookEnvironment final : public testing::Environment {
 public:
     void SetUp() override { applyLook(*qApp); }
 };
+
+inline testing::Environment* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
 
 } // namespace deckmate::test

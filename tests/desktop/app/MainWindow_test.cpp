@@ -21,8 +21,6 @@ using test::ChildProcess;
 using test::Desktop;
 using test::XWindows;
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new test::LookEnvironment);
-
 constexpr auto title = "ORLO H8 Deckmate";
 constexpr QColor background(0x17, 0x19, 0x1C);
 

@@ -22,8 +22,6 @@ namespace {
 using test::colourAt;
 using test::Desktop;
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new test::LookEnvironment);
-
 /// The smallest rectangle, in pixels, of all that isn't of the first pixel's colour.
 QRect inkIn(const QImage& image) {
     QRect ink;
