@@ -7,7 +7,22 @@
 
 namespace deckmate {
 
+namespace {
+
+bool looksLike(const FolderHelper* a, const FolderHelper* b) {
+    return a != nullptr && b != nullptr &&
+           std::ranges::equal(a->files(), b->files(), [](const WavItem& one, const WavItem& other) {
+               return one.fileName == other.fileName && one.isFolder == other.isFolder;
+           });
+}
+
+} // namespace
+
 void FileListModel::reload(std::shared_ptr<const FolderHelper> listing) {
+    if (looksLike(listing_.get(), listing.get())) {
+        listing_ = std::move(listing);
+        return;
+    }
     beginResetModel();
     listing_ = std::move(listing);
     endResetModel();

@@ -18,7 +18,8 @@ class FileListModel final : public QAbstractTableModel {
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    /// Shows this listing from now on; null for no rows.
+    /// Shows this listing from now on; null for no rows. Views only hear of it if there is anything
+    /// else to see.
     void reload(std::shared_ptr<const FolderHelper> listing);
     /// Points that the widest name takes; 0 without rows.
     double widestName(const QFontMetricsF& metrics);

@@ -1,5 +1,7 @@
 #include "app/PendingInput.h"
 
+#include "app/ServerEcho.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QObject>
@@ -36,9 +38,12 @@ bool isInput(QEvent::Type type) {
 /// Deletes itself when nothing can be left of what waited when it was made.
 class InputFilter final : public QObject {
 public:
-    InputFilter() : QObject(QCoreApplication::instance()) {
+    InputFilter()
+        : QObject(QCoreApplication::instance()), echo_([this] {
+              QCoreApplication::instance()->removeEventFilter(this);
+              deleteLater();
+          }) {
         QCoreApplication::instance()->installEventFilter(this);
-        startTimer(0);
     }
 
 protected:
@@ -47,18 +52,8 @@ protected:
         return receiver->isWidgetType() && isInput(event->type());
     }
 
-    // The first time may come before the window system's events in the same round of the event
-    // loop; by the second time, that round is over.
-    void timerEvent(QTimerEvent* /*event*/) override {
-        if (isRoundOver_) {
-            deleteLater();
-            QCoreApplication::instance()->removeEventFilter(this);
-        }
-        isRoundOver_ = true;
-    }
-
 private:
-    bool isRoundOver_ = false;
+    ServerEcho echo_;
 };
 
 } // namespace

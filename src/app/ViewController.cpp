@@ -35,6 +35,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStandardPaths>
 #include <QTableView>
 #include <QToolButton>
@@ -322,8 +323,8 @@ void ViewController::keyDown(const QKeyEvent& event) {
 }
 
 void ViewController::keyUp(const QKeyEvent& event) {
-    if (event.key() == Qt::Key_Space && !event.isAutoRepeat()) {
-        btnPlay_Click();
+    if (event.key() == Qt::Key_Space) {
+        space_.release(event);
     }
 }
 
@@ -358,8 +359,12 @@ void ViewController::updateFileBrowser() {
     const std::optional<QString> selectedName =
         selected != nullptr ? std::optional(selected->fileName) : std::nullopt;
 
+    const bool isSameFolder = folderHelper_ && folderHelper_->folderPath() == path;
+    QScrollBar& scroller = *tableFile->verticalScrollBar();
+    const int scrolledTo = isSameFolder ? scroller.value() : 0;
     folderHelper_ = std::make_shared<FolderHelper>(path, icons_);
     model_->reload(folderHelper_);
+    scroller.setValue(scrolledTo);
     if (selectedName) {
         const auto& files = folderHelper_->files();
         const auto found = std::find_if(files.begin(), files.end(), [&](const WavItem& item) {
@@ -368,6 +373,10 @@ void ViewController::updateFileBrowser() {
         if (found != files.end()) {
             tableFile->selectRow(static_cast<int>(found - files.begin()));
         }
+    }
+    if (isSameFolder && scroller.value() != scrolledTo) {
+        scroller.setValue(
+            scrolledTo); // the selected row may be one that the user has scrolled away
     }
     autoResizeColumn();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/FolderHelper.h"
+#include "app/HeldKey.h"
 #include "app/MainWindowView.h"
 #include "app/ToolkitDoors.h"
 #include "app/TransportRules.h"
@@ -154,6 +155,7 @@ private:
     QString versionString_;
     bool firstIntroDialog_ = false;
     bool hasAppeared_ = false;
+    HeldKey space_{[this] { btnPlay_Click(); }};
 
     // ==== Transport, volume, gain, angle, meters
 

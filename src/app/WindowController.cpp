@@ -1,5 +1,6 @@
 #include "app/WindowController.h"
 
+#include "app/ModalClose.h"
 #include "app/WindowPlaces.h"
 #include "controls/Resources.h"
 
@@ -16,6 +17,7 @@ WindowController::WindowController() : window_(std::make_unique<QMainWindow>()) 
     content->setObjectName("content");
     window_->setCentralWidget(content);
     windowDidLoad();
+    modalClose_ = std::make_unique<ModalClose>(*window_);
 }
 
 WindowController::~WindowController() = default;

@@ -7,6 +7,8 @@ class QMainWindow;
 
 namespace deckmate {
 
+class ModalClose;
+
 /// Owns the window. It comes up with the same size in the middle of the screen at every start.
 /// Thread: main.
 class WindowController {
@@ -26,6 +28,7 @@ private:
     void windowDidLoad();
 
     std::unique_ptr<QMainWindow> window_;
+    std::unique_ptr<ModalClose> modalClose_;
 };
 
 } // namespace deckmate

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include <QItemSelectionModel>
+#include <QScrollBar>
 
 namespace deckmate::test {
 namespace {
@@ -16,9 +17,14 @@ namespace {
 using testing::ElementsAre;
 namespace fs = std::filesystem;
 
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
-
-class Browser : public MainWindowTest {};
+class Browser : public MainWindowTest {
+protected:
+    /// Its name; empty without one.
+    QString selectedRow() {
+        const auto rows = view<QTableView>("tableFile").selectionModel()->selectedRows();
+        return rows.isEmpty() ? QString() : rows.front().data().toString();
+    }
+};
 
 TEST_F(Browser, TheLastFolderIsListedAtTheStart) {
     addTake("b.WAV", 1);
@@ -74,9 +80,58 @@ TEST_F(Browser, ANewFileAppearsAndTheSelectionStaysWithItsName) {
     clickRow("m.wav");
     addTake("a.wav", 1);
     EXPECT_TRUE(Desktop::waitFor([this] { return rows().size() == 2; }));
-    const auto selected = view<QTableView>("tableFile").selectionModel()->selectedRows();
-    ASSERT_EQ(selected.size(), 1);
-    EXPECT_EQ(selected.front().data().toString(), "m.wav");
+    EXPECT_EQ(selectedRow(), "m.wav");
+}
+
+TEST_F(Browser, ListingAnewStaysWhereItWasScrolledTo) {
+    for (int i = 10; i < 60; ++i) {
+        addTake(std::to_string(i) + ".wav", 1);
+    }
+    start();
+    clickRow("10.wav");
+    QScrollBar& scroller = *view<QTableView>("tableFile").verticalScrollBar();
+    ASSERT_GT(scroller.maximum(), 20);
+    scroller.setValue(20);
+    controller->updateFileBrowser();
+    EXPECT_EQ(scroller.value(), 20);
+    addTake("99.wav", 1);
+    controller->updateFileBrowser();
+    desktop.settle();
+    EXPECT_EQ(rows().size(), 51);
+    EXPECT_EQ(scroller.value(), 20);
+    EXPECT_EQ(selectedRow(), "10.wav");
+}
+
+TEST_F(Browser, AnotherFolderIsShownFromItsTop) {
+    fs::create_directory(folder / "other");
+    for (int i = 10; i < 60; ++i) {
+        addTake(std::to_string(i) + ".wav", 1);
+        folder.file("other/x" + std::to_string(i) + ".wav", Bytes(1));
+    }
+    start();
+    QScrollBar& scroller = *view<QTableView>("tableFile").verticalScrollBar();
+    scroller.setValue(20);
+    chosenFolder = folder / "other";
+    controller->txtFolder_Click();
+    desktop.settle();
+    EXPECT_EQ(scroller.value(), 0);
+}
+
+TEST_F(Browser, ViewsHearNothingOfAListingWithoutNews) {
+    addTake("take.wav", 1);
+    start();
+    int resets = 0;
+    QObject::connect(view<QTableView>("tableFile").model(), &QAbstractItemModel::modelReset,
+                     [&] { ++resets; });
+    controller->updateFileBrowser();
+    EXPECT_EQ(resets, 0);
+    fs::create_directory(folder / "takes/take2.wav");
+    controller->updateFileBrowser();
+    EXPECT_EQ(resets, 1);
+    fs::remove(folder / "takes/take2.wav");
+    addTake("take2.wav", 1); // a file in its place
+    controller->updateFileBrowser();
+    EXPECT_EQ(resets, 2);
 }
 
 TEST_F(Browser, AFolderThatVanishesGivesWayToTheDesktop) {

@@ -298,6 +298,20 @@ TEST_F(OtherWindow, AClickMeanwhileDoesNothingAfterwards) {
     EXPECT_TRUE(isComplete());
 }
 
+TEST_F(OtherWindow, AClickInItsLastInstantDoesNothingAfterwards) {
+    inside = [this] {
+        if (questions == 4) {
+            user.movePointerIn(static_cast<std::uint32_t>(idOf(window)), 20, 20);
+            clickMeanwhile();
+        }
+    };
+    show();
+    save();
+    desktop.settle();
+    EXPECT_EQ(clicks, 0);
+    EXPECT_FALSE(button.isDown());
+}
+
 TEST_F(OtherWindow, AClickMeanwhileDoesNothingWhenTheSheetWasModal) {
     desktop.show(window);
     sheet->setParentFrame(window.geometry());

@@ -2,6 +2,7 @@
 #include "desktop/app/LookEnvironment.h"
 #include "desktop/app/MainWindowTest.h"
 
+#include "app/ServerEcho.h"
 #include "controls/AngleViewer.h"
 #include "controls/GainTickTitle.h"
 #include "controls/H8Slider.h"
@@ -10,12 +11,12 @@
 
 #include <algorithm>
 
+#include <QApplication>
+
 namespace deckmate::test {
 namespace {
 
 using testing::ElementsAre;
-
-[[maybe_unused]] auto* const look = testing::AddGlobalTestEnvironment(new LookEnvironment);
 
 constexpr std::size_t tenSeconds = 480'000;
 
@@ -28,6 +29,12 @@ protected:
         EXPECT_TRUE(isPlaying());
     }
     bool isPlaying() { return view<QWidget>("btnPlayPause").accessibleName() == "Pause"; }
+    /// Keys that were released are known to be repeated or not.
+    static void waitForReleases() {
+        bool isHandled = false;
+        const ServerEcho echo([&] { isHandled = true; });
+        EXPECT_TRUE(Desktop::waitFor([&] { return isHandled; }));
+    }
     void clickPlay() { desktop.click(view<QWidget>("btnPlayPause"), {28, 28}); }
     Slider& slider(const char* name) { return view<Slider>(name); }
     /// Where the knob's middle is.
@@ -54,18 +61,52 @@ protected:
     }
 };
 
+/// How often a key has gone down, repeated by the X server or not.
+class PressCounter : public QObject {
+public:
+    PressCounter() { qApp->installEventFilter(this); }
+    int presses = 0;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        presses += event->type() == QEvent::KeyPress && watched->isWindowType() ? 1 : 0;
+        return false;
+    }
+};
+
+TEST_F(Transport, AHeldSpaceBarCountsOnceWhenItIsLetGo) {
+    open();
+    const PressCounter counter;
+    desktop.keyDown("space");
+    EXPECT_TRUE(Desktop::waitFor([&] { return counter.presses > 20; }));
+    EXPECT_TRUE(isPlaying());
+    desktop.keyUp("space");
+    waitForReleases();
+    EXPECT_FALSE(isPlaying());
+}
+
+TEST_F(Transport, TwoTapsOfTheSpaceBarCountTwice) {
+    open();
+    desktop.tap("space");
+    desktop.tap("space");
+    waitForReleases();
+    EXPECT_TRUE(isPlaying());
+}
+
 TEST_F(Transport, ButtonAndSpaceBarPauseAndPlay) {
     open();
     clickPlay();
     EXPECT_FALSE(isPlaying());
     EXPECT_EQ(view<LevelMeter>("lvlLeft").level(), 0);
     desktop.tap("space");
+    waitForReleases();
     EXPECT_TRUE(isPlaying());
 }
 
 TEST_F(Transport, TheSpaceBarWithoutARecordingDoesNothing) {
     start();
     desktop.tap("space");
+    waitForReleases();
     EXPECT_FALSE(isPlaying());
     EXPECT_EQ(sound.opened, 0U);
 }
