@@ -1,7 +1,7 @@
 // When a key is really let go.
 #pragma once
 
-#include "app/ServerEcho.h"
+#include "app/xcb/ServerEcho.h"
 
 #include <functional>
 #include <memory>

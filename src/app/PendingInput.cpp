@@ -1,6 +1,6 @@
 #include "app/PendingInput.h"
 
-#include "app/ServerEcho.h"
+#include "app/xcb/ServerEcho.h"
 
 #include <QCoreApplication>
 #include <QEvent>

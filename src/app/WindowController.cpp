@@ -1,7 +1,7 @@
 #include "app/WindowController.h"
 
-#include "app/ModalClose.h"
 #include "app/WindowPlaces.h"
+#include "app/xcb/ModalClose.h"
 #include "controls/Resources.h"
 
 #include <QMainWindow>

@@ -15,7 +15,7 @@ HOMES = {
     "Q": ["src/platform/qt/", "src/controls/", "src/app/", "tools/h8-controls/",
           "tools/h8-screenshots/", "tests/desktop/"],
     "X11/": ["tests/desktop/"],
-    "xcb/": ["tests/desktop/"],
+    "xcb/": ["src/app/xcb/", "tests/desktop/"],
     "CLI/": ["tools/"],
     "nlohmann/": ["tools/"],
     "gtest/": ["tests/"],

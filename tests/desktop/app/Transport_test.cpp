@@ -2,7 +2,7 @@
 #include "desktop/app/LookEnvironment.h"
 #include "desktop/app/MainWindowTest.h"
 
-#include "app/ServerEcho.h"
+#include "app/xcb/ServerEcho.h"
 #include "controls/AngleViewer.h"
 #include "controls/GainTickTitle.h"
 #include "controls/H8Slider.h"

@@ -1,4 +1,4 @@
-#include "app/XcbServer.h"
+#include "app/xcb/XcbServer.h"
 
 #include <QGuiApplication>
 

@@ -1,6 +1,6 @@
-#include "app/ModalClose.h"
+#include "app/xcb/ModalClose.h"
 
-#include "app/XcbServer.h"
+#include "app/xcb/XcbServer.h"
 
 #include <cstdlib>
 #include <memory>

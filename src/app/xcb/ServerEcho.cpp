@@ -1,6 +1,6 @@
-#include "app/ServerEcho.h"
+#include "app/xcb/ServerEcho.h"
 
-#include "app/XcbServer.h"
+#include "app/xcb/XcbServer.h"
 
 #include <utility>
 
