@@ -1,5 +1,6 @@
 #include "desktop/support/Desktop.h"
 
+#include "desktop/support/PingFilter.h"
 #include "desktop/support/XConnection.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <set>
 #include <stdexcept>
 
-#include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPixmap>
@@ -16,8 +16,6 @@
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
-
-#include <xcb/xproto.h>
 
 namespace deckmate::test {
 
@@ -29,31 +27,6 @@ constexpr int patientInterval = 60'000;
 constexpr int dragSteps = 4;
 
 Desktop* theDesktop = nullptr;
-
-/// Notes the newest ping that the application has got from the server.
-class PingFilter final : public QAbstractNativeEventFilter {
-public:
-    explicit PingFilter(std::uint32_t type) : type_(type) {}
-
-    bool nativeEventFilter(const QByteArray& /*kind*/, void* message,
-                           qintptr* /*result*/) override {
-        const auto* event = static_cast<const xcb_generic_event_t*>(message);
-        if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) {
-            return false;
-        }
-        const auto* received = static_cast<const xcb_client_message_event_t*>(message);
-        if (received->type != type_) {
-            return false;
-        }
-        newest = received->data.data32[0];
-        return true;
-    }
-
-    std::uint32_t newest = 0;
-
-private:
-    std::uint32_t type_;
-};
 
 /// How soon clicks must follow each other, for as long as this exists.
 class ClickInterval {
