@@ -199,6 +199,25 @@ TEST_F(ServerTest, WhileItIsFrozenEverythingGoesOnWithoutIt) {
     EXPECT_EQ(player->curremtTime(), 1.0);
 }
 
+TEST_F(ServerTest, KilledWhileAStartWaitsForItItFinishes) {
+    open(recording);
+    player->play();
+    ASSERT_TRUE(isPlayingAfter(0.2));
+    player->pause();
+    const auto isPaused = std::make_shared<std::atomic<bool>>(false);
+    sound.run([isPaused] { *isPaused = true; });
+    ASSERT_TRUE(wait([&] { return isPaused->load(); }));
+    server->freeze();
+    player->play();
+    let(50ms);
+    server->kill();
+    EXPECT_TRUE(wait([&] { return hasFinished(); }));
+    const auto hasAnswered = std::make_shared<std::atomic<bool>>(false);
+    sound.run([hasAnswered] { *hasAnswered = true; });
+    EXPECT_TRUE(wait([&] { return hasAnswered->load(); }));
+    EXPECT_EQ(finishes, 1);
+}
+
 TEST_F(ServerTest, WhileItIsFrozenTheProgramCanEnd) {
     open(recording);
     player->play();

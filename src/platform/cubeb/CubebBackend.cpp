@@ -1,6 +1,8 @@
 #include "platform/cubeb/CubebBackend.h"
 
 #include <algorithm>
+#include <atomic>
+#include <string_view>
 #include <utility>
 
 #include <cubeb/cubeb.h>
@@ -31,7 +33,8 @@ class CubebStream final : public OutputStream {
 public:
     /// To be opened before anything else.
     explicit CubebStream(Context context, OutputSource& source)
-        : context_(std::move(context)), source_(source) {}
+        : context_(std::move(context)), source_(source),
+          isOnPulseAudio_(std::string_view(cubeb_get_backend_id(context_.get())) == "pulse") {}
 
     ~CubebStream() override {
         if (stream_ != nullptr) {
@@ -58,7 +61,7 @@ public:
                                  this) == CUBEB_OK;
     }
 
-    bool start() override { return cubeb_stream_start(stream_) == CUBEB_OK; }
+    bool start() override { return !hasFailed_ && cubeb_stream_start(stream_) == CUBEB_OK; }
     bool stop() override { return cubeb_stream_stop(stream_) == CUBEB_OK; }
 
     std::optional<std::uint64_t> position() override {
@@ -76,16 +79,25 @@ private:
             static_cast<float*>(output), static_cast<std::size_t>(frames)));
     }
 
-    static void takeState(cubeb_stream* /*stream*/, void* self, cubeb_state state) {
+    static void takeState(cubeb_stream* stream, void* self, cubeb_state state) {
+        auto& that = *static_cast<CubebStream*>(self);
         if (state == CUBEB_STATE_DRAINED) {
-            static_cast<CubebStream*>(self)->source_.drained();
+            that.source_.drained();
         } else if (state == CUBEB_STATE_ERROR) {
-            static_cast<CubebStream*>(self)->source_.failed();
+            that.hasFailed_ = true;
+            that.source_.failed();
+        } else if (state == CUBEB_STATE_STARTED && that.hasFailed_ && that.isOnPulseAudio_) {
+            // The server has gone while it was being told, in start(), which is where this call
+            // comes from. The library is about to ask the dead stream how much room it has, and
+            // aborts on the answer, unless the stream is stopped.
+            cubeb_stream_stop(stream);
         }
     }
 
     const Context context_;
     OutputSource& source_;
+    const bool isOnPulseAudio_;
+    std::atomic<bool> hasFailed_ = false;
     cubeb_stream* stream_ = nullptr;
 };
 
