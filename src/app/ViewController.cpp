@@ -57,7 +57,7 @@ constexpr auto listingInterval = 5s;
 constexpr int menuBarHeight = 28;
 constexpr int columnMargin = 30;
 constexpr double dimmed = 0.5;
-constexpr std::int64_t mostLevel = 54;
+constexpr std::int64_t meterTop = 54;
 constexpr double mostGain = 36.0;
 constexpr double firstVolume = 0.5;
 
@@ -230,7 +230,7 @@ void ViewController::initRecording() {
 
 void ViewController::initMeters() {
     for (LevelMeter* const meter : {lvlLeft, lvlRight}) {
-        meter->setMaxValue(mostLevel);
+        meter->setMaxValue(meterTop);
     }
     clearMeters();
 }
