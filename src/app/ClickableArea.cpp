@@ -1,5 +1,7 @@
 #include "app/ClickableArea.h"
 
+#include "controls/Resources.h"
+
 #include <QKeyEvent>
 #include <QPainter>
 
@@ -9,7 +11,6 @@ namespace {
 
 constexpr int textInset = 4;
 constexpr qreal radius = 4;
-const QColor focusColour(0x8F, 0xA3, 0xBF);
 
 } // namespace
 
@@ -30,7 +31,7 @@ void ClickableArea::paintEvent(QPaintEvent* /*event*/) {
                      fontMetrics().elidedText(text(), Qt::ElideMiddle, place.width()));
     if (hasFocus()) {
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(focusColour, 2));
+        painter.setPen(QPen(colour("Focus"), 2));
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
     }
 }

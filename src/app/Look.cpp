@@ -14,7 +14,6 @@ namespace {
 
 constexpr int textSize = 13; ///< points of the window, not of a printer
 constexpr QColor selection(0x3A, 0x40, 0x49);
-constexpr QColor link(0x8F, 0xA3, 0xBF);
 
 QFont textFont() {
     QFont font = QApplication::font();
@@ -38,8 +37,8 @@ QPalette colours() {
     palette.setColor(QPalette::ToolTipBase, colour("ControlColor"));
     palette.setColor(QPalette::ToolTipText, text);
     palette.setColor(QPalette::PlaceholderText, faded(text, 0.5));
-    palette.setColor(QPalette::Link, link);
-    palette.setColor(QPalette::LinkVisited, link);
+    palette.setColor(QPalette::Link, colour("Focus"));
+    palette.setColor(QPalette::LinkVisited, colour("Focus"));
     for (const auto role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText}) {
         palette.setColor(QPalette::Disabled, role, faded(text, 0.35));
@@ -55,7 +54,7 @@ QString styleSheet() {
     }
     QString sheet = QString::fromUtf8(file.readAll());
     // The longer name before the one that it begins with.
-    for (const char* const name : {"AppBGLight", "AppBG", "ControlColor", "WHITE"}) {
+    for (const char* const name : {"AppBGLight", "AppBG", "ControlColor", "WHITE", "Focus"}) {
         sheet.replace(QStringLiteral("@") + name, colour(name).name());
     }
     return sheet.replace("@Selection", selection.name());

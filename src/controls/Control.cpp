@@ -1,5 +1,7 @@
 #include "controls/Control.h"
 
+#include "controls/Resources.h"
+
 #include <cmath>
 
 #include <QAccessibleValueInterface>
@@ -18,7 +20,6 @@ namespace {
 
 constexpr int wheelNotch = 120;
 constexpr double pageSteps = 10.0;
-const QColor focusColor(0x8F, 0xA3, 0xBF);
 
 /// The focus goes, or comes back, because another window, a popup or the menu bar has the keyboard
 /// for a while.
@@ -95,7 +96,7 @@ void Control::drawFocusRing(QPainter& painter, const QRectF& handle) const {
         return;
     }
     constexpr double width = 3.0;
-    painter.setPen(QPen(focusColor, width));
+    painter.setPen(QPen(colour("Focus"), width));
     painter.setBrush(Qt::NoBrush);
     // Half of it on the handle: there is little room beside a knob at its track's end.
     painter.drawEllipse(handle);

@@ -19,11 +19,12 @@ QString pathOf(const QString& name) {
 } // namespace
 
 QColor colour(const QString& name) {
-    static const std::array<std::pair<const char*, QColor>, 4> colours = {{
+    static const std::array<std::pair<const char*, QColor>, 5> colours = {{
         {"AppBG", QColor(0x17, 0x19, 0x1C)},
         {"AppBGLight", QColor(0x21, 0x24, 0x29)},
         {"ControlColor", QColor(0x2E, 0x32, 0x38)},
         {"WHITE", QColor(0xFF, 0xFF, 0xFF)},
+        {"Focus", QColor(0x8F, 0xA3, 0xBF)},
     }};
     for (const auto& [known, value] : colours) {
         if (name == QLatin1String(known)) {

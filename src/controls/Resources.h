@@ -12,7 +12,8 @@ class QRectF;
 
 namespace deckmate {
 
-/// "AppBG", "AppBGLight", "ControlColor" or "WHITE"; invalid for any other name.
+/// "AppBG", "AppBGLight", "ControlColor", "WHITE" or, around what has the keyboard, "Focus";
+/// invalid for any other name.
 QColor colour(const QString& name);
 
 /// The image drawn over the whole rectangle, sharp at any device pixel ratio; nothing for a name

@@ -11,6 +11,7 @@ TEST(Resources, ColoursByName) {
     EXPECT_EQ(colour("AppBGLight"), QColor("#212429"));
     EXPECT_EQ(colour("ControlColor"), QColor("#2E3238"));
     EXPECT_EQ(colour("WHITE"), QColor("#FFFFFF"));
+    EXPECT_EQ(colour("Focus"), QColor("#8FA3BF"));
     EXPECT_FALSE(colour("appbg").isValid());
 }
 
