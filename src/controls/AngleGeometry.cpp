@@ -7,7 +7,6 @@ namespace deckmate {
 
 namespace {
 
-constexpr double directionOf0 = 90.0;
 constexpr double cosineOf150 = -0.49999999999999983;
 constexpr double sineOf150 = -0.8660254037844387;
 constexpr double labelGap = 8.0;
@@ -49,7 +48,7 @@ ViewRect AngleGeometry::thumbRect(ViewPoint thumb) const {
 }
 
 ViewRect angleLabelFrame(const AngleGeometry& dial, double angle, ViewPoint offset, ViewSize text) {
-    const double direction = (angle + directionOf0) * std::numbers::pi / 180;
+    const double direction = (angle + AngleGeometry::directionOf0) * std::numbers::pi / 180;
     const double arcX = dial.centre().x + dial.RADIUS_OF_BIG_CURVE() * std::cos(direction);
     const double arcDown = dial.centre().y - dial.RADIUS_OF_BIG_CURVE() * std::sin(direction);
     const double top = arcDown - 0.5 * text.height + offset.y;

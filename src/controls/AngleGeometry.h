@@ -10,6 +10,8 @@ namespace deckmate {
 struct AngleGeometry {
     /// (180 / pi) as the dial has always had it.
     static constexpr double degreesPerRadian = 57.29577951308232;
+    /// Of dial angle 0, counter-clockwise from the right, in degrees.
+    static constexpr double directionOf0 = 90.0;
     static constexpr double lowest = 0.0;
     static constexpr double highest = 150.0;
 

@@ -13,7 +13,6 @@ namespace deckmate {
 namespace {
 
 constexpr double lineWidth = 4.0;
-constexpr double directionOf0 = 90.0;
 
 QPen penOf(const QColor& color) {
     return {color, lineWidth, Qt::SolidLine, Qt::RoundCap};
@@ -70,8 +69,8 @@ QPainterPath AngleViewer::arc(double degrees) const {
     const QPointF centre = fromView(geometry_.centre(), geometry_.cacheSize.height);
     const QRectF circle(centre - QPointF(radius, radius), QSizeF(2 * radius, 2 * radius));
     QPainterPath path;
-    path.arcMoveTo(circle, directionOf0);
-    path.arcTo(circle, directionOf0, degrees);
+    path.arcMoveTo(circle, AngleGeometry::directionOf0);
+    path.arcTo(circle, AngleGeometry::directionOf0, degrees);
     return path;
 }
 

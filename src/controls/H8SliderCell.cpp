@@ -3,6 +3,7 @@
 #include "controls/AngleViewer.h"
 #include "controls/Slider.h"
 #include "controls/SliderGeometry.h"
+#include "controls/ViewDrawing.h"
 
 #include <QPainter>
 
@@ -13,15 +14,10 @@ namespace {
 constexpr double cornerRadius = 2.0;
 constexpr double thickness = 4.0;
 
-ViewRect viewRect(const QRectF& rect) {
-    return {rect.x(), rect.y(), rect.width(), rect.height()};
-}
-
 void fillRounded(QPainter& painter, const ViewRect& rect, const QColor& color) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
-    painter.drawRoundedRect(QRectF(rect.x, rect.y, rect.width, rect.height), cornerRadius,
-                            cornerRadius);
+    painter.drawRoundedRect(fromFlippedView(rect), cornerRadius, cornerRadius);
 }
 
 QColor activeColor(bool isEnabled) {
@@ -61,7 +57,7 @@ void H8SliderCell::drawHorizontal(QPainter& painter, const QRectF& bar) const {
     fillRounded(painter, {bar.x(), bar.y(), bar.width(), thickness},
                 AngleViewer::GrayBackgroundColor());
     fillRounded(painter,
-                horizontalFill(viewRect(bar), controlView_->fraction(), controlView_->width()),
+                horizontalFill(toFlippedView(bar), controlView_->fraction(), controlView_->width()),
                 activeColor(sliderEnabled_));
 }
 
@@ -69,15 +65,15 @@ void H8SliderCell::drawVertical(QPainter& painter, const QRectF& bar) const {
     fillRounded(painter, {bar.x(), bar.y(), thickness, bar.height()},
                 AngleViewer::GrayBackgroundColor());
     fillRounded(painter,
-                verticalFill(viewRect(bar), controlView_->fraction(), controlView_->height()),
+                verticalFill(toFlippedView(bar), controlView_->fraction(), controlView_->height()),
                 activeColor(sliderEnabled_));
 }
 
 void H8SliderCell::drawKnob(QPainter& painter, const QRectF& knob) const {
-    const ViewRect circle = knobCircle(viewRect(knob));
+    const ViewRect circle = knobCircle(toFlippedView(knob));
     painter.setPen(Qt::NoPen);
     painter.setBrush(activeColor(sliderEnabled_));
-    painter.drawEllipse(QRectF(circle.x, circle.y, circle.width, circle.height));
+    painter.drawEllipse(fromFlippedView(circle));
 }
 
 } // namespace deckmate

@@ -1,6 +1,7 @@
 #include "controls/Slider.h"
 
 #include "controls/H8SliderCell.h"
+#include "controls/ViewDrawing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +17,6 @@ namespace {
 constexpr int thickness = 24;
 constexpr int usualLength = 128;
 constexpr double steps = 100.0;
-
-QRectF rectOf(const ViewRect& rect) {
-    return {rect.x, rect.y, rect.width, rect.height};
-}
 
 } // namespace
 
@@ -146,10 +143,10 @@ void Slider::chooseValue(double value, ControlEvent event) {
 
 void Slider::drawRect(QPainter& painter) {
     const SliderGeometry places = geometry();
-    const QRectF knob = rectOf(places.knobRect(fraction()));
-    cell_->drawBarInside(painter, rectOf(places.barRect()), true);
+    const QRectF knob = fromFlippedView(places.knobRect(fraction()));
+    cell_->drawBarInside(painter, fromFlippedView(places.barRect()), true);
     cell_->drawKnob(painter, knob);
-    drawFocusRing(painter, rectOf(knobCircle(places.knobRect(fraction()))));
+    drawFocusRing(painter, fromFlippedView(knobCircle(places.knobRect(fraction()))));
 }
 
 QSize Slider::sizeHint() const {
