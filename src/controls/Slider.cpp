@@ -143,10 +143,10 @@ void Slider::chooseValue(double value, ControlEvent event) {
 
 void Slider::drawRect(QPainter& painter) {
     const SliderGeometry places = geometry();
-    const QRectF knob = fromFlippedView(places.knobRect(fraction()));
+    const ViewRect knob = places.knobRect(fraction());
     cell_->drawBarInside(painter, fromFlippedView(places.barRect()), true);
-    cell_->drawKnob(painter, knob);
-    drawFocusRing(painter, fromFlippedView(knobCircle(places.knobRect(fraction()))));
+    cell_->drawKnob(painter, fromFlippedView(knob));
+    drawFocusRing(painter, fromFlippedView(knobCircle(knob)));
 }
 
 QSize Slider::sizeHint() const {
