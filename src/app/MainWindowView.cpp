@@ -1,6 +1,7 @@
 #include "app/MainWindowView.h"
 
 #include "app/ClickableArea.h"
+#include "app/DialogParts.h"
 #include "app/DigitLabel.h"
 #include "app/ElidedLabel.h"
 #include "app/FileListCell.h"
@@ -114,9 +115,7 @@ public:
 
     QLabel* addLabel(const char* name, const char* role, const QString& text, const QRect& place,
                      Stretch stretch, Qt::Alignment side = Qt::AlignLeft) {
-        auto* const label = new QLabel(text);
-        label->setProperty("role", role);
-        return addText(label, name, place, stretch, side);
+        return addText(makeLabel(text, role, &content_), name, place, stretch, side);
     }
 
     QLabel* addText(QLabel* label, const char* name, const QRect& place, Stretch stretch,
