@@ -2,6 +2,7 @@
 
 #include "app/Alert.h"
 #include "app/DialogParts.h"
+#include "app/ElidedLabel.h"
 #include "app/FolderHelper.h"
 #include "app/PendingInput.h"
 #include "app/ProgressPace.h"
@@ -47,7 +48,7 @@ void drawTitle(QAbstractButton& button, const QString& title, const QColor& colo
 
 ExportVC::ExportVC(QWidget* parent)
     : DialogWindow(parent), chooseTarget(askForTarget), showAlert(deckmate::showAlert),
-      now(std::chrono::steady_clock::now), lblFileName(makeLabel({}, "heading", this)),
+      now(std::chrono::steady_clock::now), lblFileName(new ElidedLabel(this)),
       radio32(new QRadioButton(this)), radio24(new QRadioButton(this)),
       checkboxNormalize(new QCheckBox("Normalize", this)), progress(new QProgressBar(this)),
       btnCancel(new QPushButton("Cancel", this)), btnSave(makeMainButton("Save", "btnSave", this)) {
@@ -61,6 +62,7 @@ void ExportVC::viewDidLoad() {
     radio24->setChecked(true); // what other programs read, and smaller
 
     lblFileName->setObjectName("lblFileName");
+    lblFileName->setProperty("role", "heading");
     radio32->setObjectName("radio32");
     radio24->setObjectName("radio24");
     checkboxNormalize->setObjectName("checkboxNormalize");
@@ -126,22 +128,12 @@ void ExportVC::setExporter(std::shared_ptr<Export> exporter) {
 
 void ExportVC::viewWillAppear() {
     DialogWindow::viewWillAppear();
-    nameRecording();
+    lblFileName->setText(displayName(exporter_->getFilePath().filename().native()));
     initWindowUI();
 }
 
 void ExportVC::initWindowUI() {
     setUpWindow("Export");
-}
-
-void ExportVC::nameRecording() {
-    lblFileName->ensurePolished();
-    const QString name = displayName(exporter_->getFilePath().filename().native());
-    const QString shown =
-        lblFileName->fontMetrics().elidedText(name, Qt::ElideMiddle, contentWidth);
-    lblFileName->setText(shown);
-    lblFileName->setAccessibleName(name);
-    lblFileName->setToolTip(shown == name ? QString() : asToolTip(name));
 }
 
 void ExportVC::btnSave_Click() {

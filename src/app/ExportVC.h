@@ -12,12 +12,13 @@
 #include <optional>
 
 class QCheckBox;
-class QLabel;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
 
 namespace deckmate {
+
+class ElidedLabel;
 
 /// The export runs inside the action of the button "Save", and no event is handled before its file
 /// is complete: closing windows and requests to end the program wait, clicks and keys are dropped.
@@ -59,14 +60,13 @@ private:
     void viewDidLoad();
     void initWindowUI();
     void layOut();
-    void nameRecording();
     SaveOutcome save(const std::filesystem::path& target);
     void showProgress(int perMille);
 
     std::shared_ptr<Export> exporter_;
     bool isAsking_ = false; ///< for a target or busy with it
 
-    QLabel* lblFileName = nullptr;
+    ElidedLabel* lblFileName = nullptr;
     QRadioButton* radio32 = nullptr;
     QRadioButton* radio24 = nullptr;
     QCheckBox* checkboxNormalize = nullptr;

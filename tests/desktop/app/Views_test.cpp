@@ -1,3 +1,4 @@
+#include "app/ElidedLabel.h"
 #include "app/FileListCell.h"
 #include "app/FolderHelper.h"
 #include "app/ImageView.h"
@@ -10,7 +11,6 @@
 #include <string>
 
 #include <QHeaderView>
-#include <QHelpEvent>
 #include <QScreen>
 #include <QStandardItemModel>
 #include <QTableView>
@@ -109,6 +109,46 @@ TEST(PathViewer, AHostileNameIsDrawnAllTheSame) {
     EXPECT_FALSE(inkIn(shownPath("/one\ntwo", {200, 40})).isEmpty());
 }
 
+// ---- A label that shows both ends
+
+/// In 120 by 24 points, white on black.
+QImage shownElided(const QString& text) {
+    QWidget window;
+    window.setPalette(QPalette(Qt::black));
+    window.setFixedSize(120, 24);
+    ElidedLabel label(&window);
+    label.setFixedSize(120, 24);
+    label.setText(text);
+    return Desktop::painted(window);
+}
+
+TEST(ElidedLabel, OfATextThatIsTooLongBothEndsAreSeenAndTheMiddleIsNot) {
+    const auto text = [](char first, char middle, char last) {
+        return QChar(first) + QString(60, 'H') + QChar(middle) + QString(60, 'H') + QChar(last);
+    };
+    const QImage shown = shownElided(text('A', 'M', 'Z'));
+    EXPECT_NE(shown, shownElided(text('B', 'M', 'Z')));
+    EXPECT_NE(shown, shownElided(text('A', 'M', 'Y')));
+    EXPECT_EQ(shown, shownElided(text('A', 'N', 'Z')));
+}
+
+TEST(ElidedLabel, OfATextThatFitsAllIsSeen) {
+    EXPECT_NE(shownElided("HHHMHHH"), shownElided("HHHNHHH"));
+}
+
+TEST(ElidedLabel, MarkupIsShownAsItStands) {
+    EXPECT_NE(shownElided("<i>H</i>"), shownElided("H"));
+}
+
+TEST(ElidedLabel, ALongTextIsToldInFullAndNeverAsMarkup) {
+    ElidedLabel label;
+    label.setFixedSize(120, 24);
+    label.setText("<b>" + QString(240, 'm') + ".wav");
+    Desktop::get().show(label);
+    EXPECT_EQ(test::toolTipAt(label, {4, 4}),
+              "<span>&lt;b&gt;" + QString(240, 'm') + ".wav</span>");
+}
+
 // ---- A row of the file browser
 
 class FileList : public testing::Test {
@@ -134,11 +174,7 @@ protected:
     }
 
     QString toolTipAt(int row) {
-        const QModelIndex index = model.index(row, 0);
-        const QPoint place = table.visualRect(index).center();
-        QHelpEvent event(QEvent::ToolTip, place, table.viewport()->mapToGlobal(place));
-        QApplication::sendEvent(table.viewport(), &event);
-        return QToolTip::text();
+        return test::toolTipAt(*table.viewport(), table.visualRect(model.index(row, 0)).center());
     }
 
     QStandardItemModel model;

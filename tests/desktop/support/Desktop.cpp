@@ -11,9 +11,11 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QHelpEvent>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
+#include <QToolTip>
 #include <QWidget>
 #include <QWindow>
 
@@ -245,6 +247,12 @@ QColor colourAt(const QImage& image, QPointF place) {
     const QPointF pixel = place * image.devicePixelRatio();
     return image.pixelColor(static_cast<int>(std::floor(pixel.x())),
                             static_cast<int>(std::floor(pixel.y())));
+}
+
+QString toolTipAt(QWidget& widget, QPoint place) {
+    QHelpEvent event(QEvent::ToolTip, place, widget.mapToGlobal(place));
+    QApplication::sendEvent(&widget, &event);
+    return QToolTip::text();
 }
 
 } // namespace deckmate::test

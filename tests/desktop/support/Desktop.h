@@ -9,8 +9,10 @@
 
 #include <QColor>
 #include <QImage>
+#include <QPoint>
 #include <QPointF>
 #include <QRect>
+#include <QString>
 
 class QWidget;
 
@@ -87,5 +89,8 @@ private:
 
 /// The colour of the pixel in the middle of the point; `image` as Desktop::painted gives it.
 QColor colourAt(const QImage& image, QPointF place);
+
+/// What the widget tells of itself when the pointer rests there.
+QString toolTipAt(QWidget& widget, QPoint place);
 
 } // namespace deckmate::test
