@@ -289,10 +289,10 @@ TEST_F(AngleDial, TheArcIsFourPointsWide) {
     startAt(150);
     const QImage image = Desktop::painted(dial);
     // Where it crosses the middle's height it goes from 38 to 42.
-    EXPECT_EQ(colourAt(image, {37.25, 200}), background());
-    EXPECT_GT(colourAt(image, {38.25, 200}).red(), 245);
-    EXPECT_GT(colourAt(image, {41.75, 200}).red(), 245);
-    EXPECT_LT(colourAt(image, {42.75, 200}).red(), 45);
+    EXPECT_EQ(colourLeftOf(image, {38, 200}), background());
+    EXPECT_GT(colourRightOf(image, {38, 200}).red(), 245);
+    EXPECT_GT(colourLeftOf(image, {42, 200}).red(), 245);
+    EXPECT_LT(colourRightOf(image, {42, 200}).red(), 45);
 }
 
 TEST_F(AngleDial, TheArcsEndIsRound) {

@@ -250,10 +250,10 @@ TEST_F(HorizontalSlider, TheTrackIsWhiteUpToTheValue) {
     slider.setDoubleValue(0.5);
     const QImage image = Desktop::painted(slider);
     EXPECT_EQ(colourAt(image, {20, 12}), QColor(Qt::white));
-    EXPECT_EQ(colourAt(image, {20, 10.25}), QColor(Qt::white));
-    EXPECT_EQ(colourAt(image, {20, 13.5}), QColor(Qt::white));
-    EXPECT_NE(colourAt(image, {20, 9.5}), QColor(Qt::white));
-    EXPECT_NE(colourAt(image, {20, 14}), QColor(Qt::white));
+    EXPECT_EQ(colourAbove(image, {20, 10}), background());
+    EXPECT_EQ(colourBelow(image, {20, 10}), QColor(Qt::white));
+    EXPECT_EQ(colourAbove(image, {20, 14}), QColor(Qt::white));
+    EXPECT_EQ(colourBelow(image, {20, 14}), background());
     EXPECT_EQ(colourAt(image, {200, 12}), trackColor());
 }
 

@@ -46,6 +46,15 @@ private:
     int before_;
 };
 
+/// The pixel that begins at or before a place counted in pixels, and the one at or behind it.
+int pixelFrom(double place) {
+    return static_cast<int>(std::floor(place));
+}
+
+int pixelBehind(double place) {
+    return static_cast<int>(std::ceil(place));
+}
+
 } // namespace
 
 struct Desktop::Impl {
@@ -245,8 +254,27 @@ QImage Desktop::screen() {
 
 QColor colourAt(const QImage& image, QPointF place) {
     const QPointF pixel = place * image.devicePixelRatio();
-    return image.pixelColor(static_cast<int>(std::floor(pixel.x())),
-                            static_cast<int>(std::floor(pixel.y())));
+    return image.pixelColor(pixelFrom(pixel.x()), pixelFrom(pixel.y()));
+}
+
+QColor colourAbove(const QImage& image, QPointF place) {
+    const QPointF pixel = place * image.devicePixelRatio();
+    return image.pixelColor(pixelFrom(pixel.x()), pixelFrom(pixel.y()) - 1);
+}
+
+QColor colourBelow(const QImage& image, QPointF place) {
+    const QPointF pixel = place * image.devicePixelRatio();
+    return image.pixelColor(pixelFrom(pixel.x()), pixelBehind(pixel.y()));
+}
+
+QColor colourLeftOf(const QImage& image, QPointF place) {
+    const QPointF pixel = place * image.devicePixelRatio();
+    return image.pixelColor(pixelFrom(pixel.x()) - 1, pixelFrom(pixel.y()));
+}
+
+QColor colourRightOf(const QImage& image, QPointF place) {
+    const QPointF pixel = place * image.devicePixelRatio();
+    return image.pixelColor(pixelBehind(pixel.x()), pixelFrom(pixel.y()));
 }
 
 QString toolTipAt(QWidget& widget, QPoint place) {

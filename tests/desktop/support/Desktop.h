@@ -90,6 +90,14 @@ private:
 /// The colour of the pixel in the middle of the point; `image` as Desktop::painted gives it.
 QColor colourAt(const QImage& image, QPointF place);
 
+/// The colour of the nearest pixel that lies wholly on one side of an edge through the place. At
+/// some ratios an edge on a whole point runs through the middle of a pixel, which is of either
+/// side's colour or a blend.
+QColor colourAbove(const QImage& image, QPointF place);
+QColor colourBelow(const QImage& image, QPointF place);
+QColor colourLeftOf(const QImage& image, QPointF place);
+QColor colourRightOf(const QImage& image, QPointF place);
+
 /// What the widget tells of itself when the pointer rests there.
 QString toolTipAt(QWidget& widget, QPoint place);
 

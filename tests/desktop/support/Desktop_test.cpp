@@ -104,6 +104,34 @@ TEST_F(DesktopSupport, PaintedHasThePixelsOfTheDevice) {
     EXPECT_EQ(colourAt(image, {100, 50}), QColor(Qt::blue));
 }
 
+/// Of a red, a green and a blue pixel in each direction, green where they cross.
+QImage threePixels(double ratio) {
+    QImage image(3, 3, QImage::Format_RGB32);
+    image.fill(Qt::green);
+    image.setPixelColor(1, 0, Qt::red);
+    image.setPixelColor(0, 1, Qt::red);
+    image.setPixelColor(1, 2, Qt::blue);
+    image.setPixelColor(2, 1, Qt::blue);
+    image.setDevicePixelRatio(ratio);
+    return image;
+}
+
+TEST(Edges, BesideAnEdgeBetweenPixelsLieItsNeighbours) {
+    const QImage image = threePixels(1);
+    EXPECT_EQ(colourAbove(image, {1, 1}), QColor(Qt::red));
+    EXPECT_EQ(colourBelow(image, {1, 2}), QColor(Qt::blue));
+    EXPECT_EQ(colourLeftOf(image, {1, 1}), QColor(Qt::red));
+    EXPECT_EQ(colourRightOf(image, {2, 1}), QColor(Qt::blue));
+}
+
+TEST(Edges, ThePixelThatAnEdgeRunsThroughIsOnNeitherSide) {
+    const QImage image = threePixels(1.5); // a point is in the middle of the second pixel
+    EXPECT_EQ(colourAbove(image, {1, 1}), QColor(Qt::red));
+    EXPECT_EQ(colourBelow(image, {1, 1}), QColor(Qt::blue));
+    EXPECT_EQ(colourLeftOf(image, {1, 1}), QColor(Qt::red));
+    EXPECT_EQ(colourRightOf(image, {1, 1}), QColor(Qt::blue));
+}
+
 TEST_F(DesktopSupport, AWaitGivesUp) {
     EXPECT_FALSE(Desktop::waitFor([] { return false; }, std::chrono::milliseconds(20)));
 }
