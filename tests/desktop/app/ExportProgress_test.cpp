@@ -2,6 +2,7 @@
 #include "desktop/app/XWindows.h"
 #include "desktop/support/XConnection.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -66,7 +67,9 @@ protected:
         sheet->now = [this] {
             // The first question is for the start, the others come before each painting.
             if (questions == 0) {
-                noMoreThreads.emplace();
+                if (isAlone) {
+                    noMoreThreads.emplace();
+                }
             } else {
                 time += step;
                 if (inside) {
@@ -117,6 +120,7 @@ protected:
     std::chrono::steady_clock::time_point time = std::chrono::steady_clock::time_point(1h);
     std::chrono::milliseconds step = 1s;
     int questions = 0;
+    bool isAlone = true; ///< else on as many threads as usual
     std::optional<NoMoreThreads> noMoreThreads;
     /// Called in the middle of the export, before what was asked for is painted.
     std::function<void()> inside;
@@ -148,6 +152,32 @@ TEST_F(ExportProgressTest, AShortExportShowsNone) {
     hidden.push_back(progress()->isHidden());
     EXPECT_THAT(hidden, testing::SizeIs(5));
     EXPECT_THAT(hidden, Each(true));
+}
+
+TEST_F(ExportProgressTest, OnSeveralThreadsItRisesToTheEndAndTheFileIsTheSame) {
+    Bytes samples(frames * 6);
+    std::uint32_t noise = 1;
+    for (auto& byte : samples) {
+        noise = noise * 1664525 + 1013904223;
+        byte = static_cast<Bytes::value_type>(noise >> 24);
+    }
+    open(samples);
+    isAlone = false;
+    std::vector<int> seen;
+    QObject::connect(progress(), &QProgressBar::valueChanged,
+                     [&](int perMille) { seen.push_back(perMille); });
+    show();
+    clickOn("checkboxNormalize");
+    save();
+    EXPECT_EQ(std::adjacent_find(seen.begin(), seen.end(), std::greater_equal<>()), seen.end());
+    // Two readings of all frames, the end of each of which is told whoever did the last piece.
+    EXPECT_THAT(seen, testing::Contains(500));
+    ASSERT_THAT(seen, testing::Not(IsEmpty()));
+    EXPECT_EQ(seen.back(), 1000);
+    const NoMoreThreads alone;
+    ASSERT_TRUE(recording_->export2File(folder / "alone.WAV", true, true));
+    EXPECT_TRUE(samplesOf(target) == samplesOf(folder / "alone.WAV")); // too long to be printed
+    EXPECT_TRUE(isComplete());
 }
 
 TEST_F(ExportProgressTest, NothingMovesWhenItAppears) {
