@@ -9,12 +9,6 @@
 
 namespace deckmate {
 
-namespace {
-
-constexpr qreal disabledOpacity = 0.4;
-
-} // namespace
-
 ImageView::ImageView(QString name, const QSize& size, const QString& description, QWidget* parent)
     : QLabel(parent), name_(std::move(name)) {
     setFixedSize(size);

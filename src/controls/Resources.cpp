@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <QFile>
+#include <QIconEngine>
 #include <QPainter>
 #include <QRectF>
 #include <QSvgRenderer>
@@ -15,6 +16,39 @@ namespace {
 QString pathOf(const QString& name) {
     return QStringLiteral(":/images/") + name + QStringLiteral(".svg");
 }
+
+/// An image that fades where it can't act: what the style makes of a white one by itself hardly
+/// looks different.
+class FadingIcon final : public QIconEngine {
+public:
+    explicit FadingIcon(const QString& path) : image_(path) {}
+
+    QIconEngine* clone() const override { return new FadingIcon(*this); }
+    QSize actualSize(const QSize& size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
+        return image_.actualSize(size);
+    }
+    /// `size` in pixels.
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State /*state*/) override {
+        QPixmap whole = image_.pixmap(size, 1.0);
+        if (mode != QIcon::Disabled) {
+            return whole;
+        }
+        QPixmap faded(whole.size());
+        faded.fill(Qt::transparent);
+        QPainter painter(&faded);
+        painter.setOpacity(disabledOpacity);
+        painter.drawPixmap(0, 0, whole);
+        return faded;
+    }
+    void paint(QPainter* painter, const QRect& place, QIcon::Mode mode,
+               QIcon::State state) override {
+        const QSizeF pixels = QSizeF(place.size()) * painter->device()->devicePixelRatioF();
+        painter->drawPixmap(place, pixmap(pixels.toSize(), mode, state));
+    }
+
+private:
+    QIcon image_;
+};
 
 } // namespace
 
@@ -55,15 +89,7 @@ QPixmap image(const QString& name, const QSize& size, qreal devicePixelRatio) {
 }
 
 QIcon icon(const QString& name) {
-    if (!QFile::exists(pathOf(name))) {
-        return {};
-    }
-    QIcon icon(pathOf(name));
-    // What the style makes of a white image by itself hardly looks different.
-    if (const QString off = pathOf(name + "_off"); QFile::exists(off)) {
-        icon.addFile(off, QSize(), QIcon::Disabled);
-    }
-    return icon;
+    return QFile::exists(pathOf(name)) ? QIcon(new FadingIcon(pathOf(name))) : QIcon();
 }
 
 } // namespace deckmate

@@ -24,8 +24,11 @@ void drawImage(QPainter& painter, const QString& name, const QRectF& place);
 /// unknown name or an empty size. Thread: main.
 QPixmap image(const QString& name, const QSize& size, qreal devicePixelRatio);
 
-/// The image as buttons and lists take it, drawn anew for each size, the one of the same name with
-/// "_off" behind it for those that can't act; null for an unknown name.
+/// Of images on what can't act.
+inline constexpr qreal disabledOpacity = 0.4;
+
+/// The image as buttons and lists take it, drawn anew for each size and faded on those that can't
+/// act; null for an unknown name. Thread: main.
 QIcon icon(const QString& name);
 
 } // namespace deckmate

@@ -2,6 +2,8 @@
 
 #include "desktop/controls/ControlsTest.h"
 
+#include <QPainter>
+
 namespace deckmate::test {
 
 namespace {
@@ -34,6 +36,39 @@ TEST(Resources, WhatDoesNotExistIsEmpty) {
     EXPECT_TRUE(image("", {18, 70}, 1).isNull());
     EXPECT_TRUE(image("levelmeter", {0, 70}, 1).isNull());
     EXPECT_TRUE(icon("no-such").isNull());
+}
+
+/// In its middle, over black.
+QColor middleOf(const QPixmap& pixels) {
+    QImage image(pixels.size(), QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    painter.drawPixmap(0, 0, image.width(), image.height(), pixels);
+    painter.end();
+    return image.pixelColor(image.width() / 2, image.height() / 2);
+}
+
+TEST(Resources, AnIconOnWhatCannotActHasTwoFifthsOfItsStrength) {
+    const QIcon drawn = icon("levelmeter2"); // grey 0x3A, 0x3D, 0x42 all over
+    for (const double ratio : {1.0, 1.5, 2.0}) {
+        EXPECT_EQ(middleOf(drawn.pixmap(QSize(18, 300), ratio)), QColor(0x3A, 0x3D, 0x42)) << ratio;
+        // 0.4 of 58, 61 and 66.
+        EXPECT_EQ(middleOf(drawn.pixmap(QSize(18, 300), ratio, QIcon::Disabled)),
+                  QColor(23, 24, 26))
+            << ratio;
+    }
+}
+
+TEST(Resources, APaintedIconFillsItsPlaceAtAnyRatio) {
+    QImage image(27, 525, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    image.setDevicePixelRatio(1.5);
+    QPainter painter(&image);
+    icon("levelmeter2").paint(&painter, QRect(0, 0, 18, 350));
+    painter.end();
+    EXPECT_EQ(image.pixelColor(13, 0), QColor("#3A3D42"));
+    EXPECT_EQ(image.pixelColor(13, 524), QColor("#3A3D42"));
+    EXPECT_EQ(image.pixelColor(26, 225), QColor("#3A3D42"));
 }
 
 TEST(Resources, AnIconIsDrawnInAnySize) {
