@@ -32,7 +32,7 @@ namespace deckmate {
 namespace {
 
 constexpr int contentWidth = 44 * grid;
-constexpr int hintIndent = 3 * grid + 2; ///< where the check box's title begins
+constexpr int hintIndent = 3 * grid; ///< where the check box's title begins
 constexpr auto hint = "Scales to full scale. The gain is not used.";
 
 /// The box of a choice stays as it is; only its title takes the colour.
@@ -112,7 +112,7 @@ void ExportVC::layOut() {
     column->addSpacing(2 * grid);
     column->addWidget(checkboxNormalize, 0, Qt::AlignLeading);
     column->addLayout(hintRow);
-    column->addSpacing(2 * grid);
+    column->addSpacing(2 * grid - grid / 2);
     column->addWidget(progress);
     column->addSpacing(2 * grid);
     column->addLayout(buttons);

@@ -149,6 +149,17 @@ TEST_P(Dialog, NoTextIsCutOff) {
     }
 }
 
+TEST_P(Dialog, ItStandsOnAGridOfEightPoints) {
+    desktop.show(*window);
+    EXPECT_EQ(window->width() % 8, 0) << window->width();
+    EXPECT_EQ(window->height() % 8, 0) << window->height();
+    for (const QPushButton* const button : window->findChildren<QPushButton*>()) {
+        EXPECT_EQ(button->height(), 32);
+        EXPECT_EQ(window->width() - button->geometry().right() - 1, 24);
+        EXPECT_EQ(window->height() - button->geometry().bottom() - 1, 16);
+    }
+}
+
 TEST_P(Dialog, NoLetterStandsForAMnemonic) {
     for (const QAbstractButton* const button : window->findChildren<QAbstractButton*>()) {
         EXPECT_FALSE(button->text().contains('&'));

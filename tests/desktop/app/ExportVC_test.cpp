@@ -83,6 +83,18 @@ TEST_F(ExportVCTest, IsAWindowOfFixedSizeInTheMiddleOfItsParents) {
     }));
 }
 
+TEST_F(ExportVCTest, StandsOnAGridOfEightPoints) {
+    show();
+    EXPECT_EQ(sheet->size(), QSize(400, 248));
+    EXPECT_EQ(find<QLabel>("lblFileName")->geometry(), QRect(24, 24, 352, 24));
+    EXPECT_EQ(radio24()->geometry().topLeft(), QPoint(24, 64));
+    EXPECT_EQ(radio32()->geometry().topLeft(), QPoint(24, 88));
+    EXPECT_EQ(normalize()->geometry().topLeft(), QPoint(24, 128));
+    EXPECT_EQ(find<QWidget>("progress")->geometry(), QRect(24, 180, 352, 4));
+    EXPECT_EQ(find<QWidget>("btnCancel")->geometry(), QRect(176, 200, 96, 32));
+    EXPECT_EQ(find<QWidget>("btnSave")->geometry(), QRect(280, 200, 96, 32));
+}
+
 TEST_F(ExportVCTest, NamesTheRecording) {
     show();
     EXPECT_EQ(find<QLabel>("lblFileName")->text(), "take.wav");
