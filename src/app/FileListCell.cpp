@@ -1,6 +1,7 @@
 #include "app/FileListCell.h"
 
 #include "app/DialogParts.h"
+#include "controls/Resources.h"
 
 #include <QAbstractItemView>
 #include <QEvent>
@@ -35,9 +36,9 @@ void drawBackground(QPainter& painter, const QStyleOptionViewItem& option) {
     }
     if ((option.state & QStyle::State_HasFocus) != 0 &&
         (option.state & QStyle::State_KeyboardFocusChange) != 0) {
-        painter.setPen(QPen(option.palette.color(QPalette::HighlightedText), 1));
+        painter.setPen(QPen(colour("Focus"), 2));
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(row.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+        painter.drawRoundedRect(row.adjusted(1, 1, -1, -1), radius, radius);
     }
 }
 

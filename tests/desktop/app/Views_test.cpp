@@ -202,6 +202,25 @@ TEST_F(FileList, ASelectedRowIsMarkedWithRoundCorners) {
     EXPECT_NE(colourAt(image, {5, 14}), marked);
 }
 
+TEST_F(FileList, OnlyTheKeyboardsFocusFramesARow) {
+    const QColor focus(0x8F, 0xA3, 0xBF);
+    const auto edge = [&] { // of the second row, where it is straight
+        return test::colourBelow(Desktop::painted(*table.viewport()), {140, 28});
+    };
+    Desktop::get().click(*table.viewport(), {140, 28 + 14});
+    EXPECT_NE(edge(), focus);
+    QWidget window;
+    QWidget before(&window);
+    before.setFocusPolicy(Qt::StrongFocus);
+    before.setFocus();
+    table.setParent(&window);
+    Desktop::get().show(window);
+    Desktop::get().tap("Tab");
+    EXPECT_TRUE(table.hasFocus());
+    EXPECT_EQ(edge(), focus);
+    table.setParent(nullptr);
+}
+
 TEST_F(FileList, ANameThatIsTooLongEndsInsideItsCell) {
     const QImage image = Desktop::painted(*table.viewport());
     const double ratio = image.devicePixelRatio();
