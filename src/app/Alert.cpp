@@ -2,8 +2,6 @@
 
 #include "app/DialogParts.h"
 
-#include <QLabel>
-#include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -14,21 +12,6 @@ namespace deckmate {
 namespace {
 
 constexpr int shortestText = 29 * grid;
-constexpr int indent = 21; ///< the toolkit's, before a text without an icon
-
-/// Without the gap that the toolkit leaves for a message above the informative text.
-void layOut(QMessageBox& alert) {
-    for (QLabel* const label : alert.findChildren<QLabel*>()) {
-        if (label->text().isEmpty()) {
-            label->hide();
-        } else {
-            label->setContentsMargins(0, 0, 0, grid);
-            label->setMinimumWidth(shortestText);
-        }
-    }
-    alert.layout()->setContentsMargins(3 * grid - indent, 3 * grid, 3 * grid, 2 * grid);
-}
-
 } // namespace
 
 void showAlert(QWidget* parent, const QString& informativeText) {
@@ -40,7 +23,7 @@ void showAlert(QWidget* parent, const QString& informativeText) {
     QPushButton* const button = alert->addButton("Ok", QMessageBox::AcceptRole);
     button->setObjectName("btnOk");
     alert->setEscapeButton(button);
-    layOut(*alert);
+    layOutMessage(*alert, shortestText);
     if (parent != nullptr) {
         alert->setWindowTitle(parent->window()->windowTitle());
     }

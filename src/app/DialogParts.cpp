@@ -2,6 +2,7 @@
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 
 namespace deckmate {
@@ -38,6 +39,20 @@ QLayout* makeButtonRow(QWidget* beside, QPushButton* button) {
     row->addStretch();
     row->addWidget(button);
     return row;
+}
+
+void layOutMessage(QMessageBox& box, int width) {
+    constexpr int indent = 21; // the toolkit's, before a text without an icon
+    for (QLabel* const label : box.findChildren<QLabel*>()) {
+        // Without the gap that the toolkit leaves for a text that isn't there.
+        if (label->text().isEmpty()) {
+            label->hide();
+        } else {
+            label->setContentsMargins(0, 0, 0, grid);
+            label->setMinimumWidth(width);
+        }
+    }
+    box.layout()->setContentsMargins(3 * grid - indent, 3 * grid, 3 * grid, 2 * grid);
 }
 
 QPushButton* makeMainButton(const QString& text, const QString& name, QWidget* parent) {

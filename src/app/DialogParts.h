@@ -5,6 +5,7 @@
 
 class QLabel;
 class QLayout;
+class QMessageBox;
 class QPushButton;
 class QWidget;
 
@@ -24,6 +25,9 @@ QString asToolTip(const QString& text);
 
 /// A row that ends with the dialog's main button, which Return presses; `beside` may be null.
 QLayout* makeButtonRow(QWidget* beside, QPushButton* button);
+/// A message box without an icon, with its texts, laid out as the dialogs are; `width` points for
+/// the texts or more.
+void layOutMessage(QMessageBox& box, int width);
 /// The button that Return presses.
 QPushButton* makeMainButton(const QString& text, const QString& name, QWidget* parent);
 

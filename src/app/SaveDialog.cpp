@@ -1,5 +1,6 @@
 #include "app/SaveDialog.h"
 
+#include "app/DialogParts.h"
 #include "app/FolderHelper.h"
 #include "export/ExportSave.h"
 
@@ -7,6 +8,7 @@
 #include <system_error>
 
 #include <QDir>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -14,6 +16,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QTimer>
+#include <QTreeView>
 
 namespace deckmate {
 
@@ -21,7 +24,7 @@ namespace {
 
 constexpr auto message = "Please select a path where to save decoded wav.";
 constexpr int nameWidth = 400; ///< of a name inside a question, in points
-constexpr int margin = 8;
+constexpr QSize usualSize(90 * grid, 60 * grid);
 
 QString textOf(const std::filesystem::path& path) {
     return QString::fromStdString(path.native());
@@ -58,8 +61,15 @@ SaveDialog::SaveDialog(const std::filesystem::path& source, const std::filesyste
 
     auto* const label = new QLabel(message, this);
     label->setObjectName("message");
-    label->setContentsMargins(margin, margin, margin, 0);
+    label->setContentsMargins(2 * grid, 2 * grid, 2 * grid, 0);
     layout()->setMenuBar(label); // the place above everything else
+    layout()->setContentsMargins(2 * grid, grid, 2 * grid, 2 * grid);
+    layout()->setSpacing(grid);
+    setSizeGripEnabled(false);
+    if (auto* const details = findChild<QTreeView*>("treeView")) {
+        details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    }
+    resize(usualSize);
 
     fileName_ = findChild<QLineEdit*>("fileNameEdit");
     propose();
@@ -141,7 +151,7 @@ bool SaveDialog::askToReplace(const std::filesystem::path& target) {
     // Not on the stack: this dialog may be destroyed, with the question, while the question is up.
     const QPointer<QMessageBox> question(new QMessageBox(this));
     question->setObjectName("overwrite");
-    question->setIcon(QMessageBox::Warning);
+    question->setIcon(QMessageBox::NoIcon);
     question->setWindowTitle(windowTitle());
     question->setTextFormat(Qt::PlainText);
     question->setText(
@@ -152,6 +162,8 @@ bool SaveDialog::askToReplace(const std::filesystem::path& target) {
     QPushButton* const keep = question->addButton("Cancel", QMessageBox::RejectRole);
     keep->setObjectName("btnKeep");
     question->setDefaultButton(keep);
+    // On two lines: the toolkit would break them anew for a box as narrow as its buttons.
+    layOutMessage(*question, question->fontMetrics().size(0, question->text()).width() + grid);
     question->exec();
     const bool isToBeReplaced = question != nullptr && question->clickedButton() == replace;
     delete question;
