@@ -154,9 +154,9 @@ void ViewController::buildMenus() {
     bar.setFixedHeight(menuBarHeight);
     QMenu* const file = bar.addMenu("File");
     connect(file->addAction("Open Folder\u2026", QKeySequence("Ctrl+O")), &QAction::triggered, this,
-            [this] { txtFolder_Click(); });
+            [this] { openSoon(&ViewController::txtFolder_Click); });
     connect(file->addAction("Export\u2026", QKeySequence("Ctrl+E")), &QAction::triggered, this,
-            [this] { btnExport_Click(); });
+            [this] { openSoon(&ViewController::btnExport_Click); });
     file->addSeparator();
     connect(file->addAction("Quit", QKeySequence("Ctrl+Q")), &QAction::triggered, &window_,
             &QWidget::close);
@@ -169,8 +169,9 @@ void ViewController::buildMenus() {
     connect(help->addAction("Online documentation", QKeySequence("F1")), &QAction::triggered, this,
             [this] { showHelp(); });
     connect(help->addAction("Introduction"), &QAction::triggered, this,
-            [this] { showIntroduction(); });
-    connect(help->addAction("About"), &QAction::triggered, this, [this] { btnAbout_Click(); });
+            [this] { openSoon(&ViewController::showIntroduction); });
+    connect(help->addAction("About"), &QAction::triggered, this,
+            [this] { openSoon(&ViewController::btnAbout_Click); });
 }
 
 void ViewController::initPanels() {
@@ -256,7 +257,8 @@ void ViewController::initAngle() {
 
 void ViewController::initRecorder() {
     for (ClickableArea* const cover : {listBatteryCover, listAutoPowOffCover}) {
-        connect(cover, &QAbstractButton::clicked, this, [this] { showNoDevice(); });
+        connect(cover, &QAbstractButton::clicked, this,
+                [this] { openSoon(&ViewController::showNoDevice); });
     }
     connect(popupBattery, &QComboBox::activated, this, [this] { popupBattery_SelectionChanged(); });
     connect(popupAutoPow, &QComboBox::activated, this, [this] { popupAutoPow_SelectionChanged(); });
@@ -264,10 +266,13 @@ void ViewController::initRecorder() {
 
 void ViewController::connectActions() {
     connect(btnGoUp, &QAbstractButton::clicked, this, [this] { btnGoUp_Click(); });
-    connect(lblFolder, &QAbstractButton::clicked, this, [this] { txtFolder_Click(); });
-    connect(btnOpenFolder, &QAbstractButton::clicked, this, [this] { btnOpenFolder_Click(); });
+    connect(lblFolder, &QAbstractButton::clicked, this,
+            [this] { openSoon(&ViewController::txtFolder_Click); });
+    connect(btnOpenFolder, &QAbstractButton::clicked, this,
+            [this] { openSoon(&ViewController::btnOpenFolder_Click); });
     connect(tableFile, &QTableView::doubleClicked, this, [this] { table_cell_double_click(); });
-    connect(btnExport, &QAbstractButton::clicked, this, [this] { btnExport_Click(); });
+    connect(btnExport, &QAbstractButton::clicked, this,
+            [this] { openSoon(&ViewController::btnExport_Click); });
     connect(btnPlayPause, &QAbstractButton::clicked, this, [this] { btnPlay_Click(); });
     connect(btnVolume, &QAbstractButton::clicked, this, [this] { btnVolume_Click(); });
 }

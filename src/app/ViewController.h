@@ -176,7 +176,11 @@ private:
     // ==== Recorder and dialogs
 
     void present(DialogWindow& dialog);
+    /// Calls it once the event at hand is answered. A program that presses a control over the
+    /// accessibility bus waits for that answer, and a dialog would keep it waiting for the user.
+    void openSoon(void (ViewController::*open)());
 
+    bool isOpening_ = false;         ///< a second click doesn't open a second dialog
     ORLODeviceInfo* info_ = nullptr; ///< the sequences', once there was a recorder
     /// Gone when this is gone, for what is posted or completes later.
     std::shared_ptr<ViewController*> life_ = std::make_shared<ViewController*>(this);

@@ -8,6 +8,9 @@
 #include "device/MIDICommon.h"
 #include "device/MIDISequenceManager.h"
 
+#include <utility>
+
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QMainWindow>
@@ -94,6 +97,23 @@ void ViewController::popupAutoPow_SelectionChanged() {
 void ViewController::present(DialogWindow& dialog) {
     dialog.setParentFrame(window_.geometry());
     doors.presentModally(dialog);
+}
+
+void ViewController::openSoon(void (ViewController::*open)()) {
+    if (std::exchange(isOpening_, true)) {
+        return;
+    }
+    RunLoop::main().runLater([weak = std::weak_ptr(life_), open] {
+        const auto life = weak.lock();
+        if (life == nullptr) {
+            return;
+        }
+        ViewController& self = **life;
+        self.isOpening_ = false;
+        if (QApplication::activeModalWidget() == nullptr) {
+            (self.*open)();
+        }
+    });
 }
 
 void ViewController::showNoDevice() {

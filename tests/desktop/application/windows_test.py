@@ -70,8 +70,28 @@ class Introduction(WindowTest):
                  "the first one's turn")
         self.application.tab(window, "Don't show this again", "OK")
 
+    def test_from_the_menu_it_has_no_box(self):
+        main = self.start_beyond_introduction()
+        self.application.choose(main, "Help", "Introduction")
+        window = self.application.window("Introduction")
+        self.assert_operable(window, ("push button", "OK"))
+        self.press(window, "push button", "OK")
+        self.application.wait_until_closed("Introduction")
+        self.main_window()
+
 
 class Dialogs(WindowTest):
+    def test_about_tells_the_version_and_closes(self):
+        main = self.start_beyond_introduction()
+        self.application.choose(main, "Help", "About")
+        window = self.application.window("About")
+        self.application.find(window, "label", "ORLO H8 Deckmate")
+        self.assert_operable(window, ("push button", "Close"))
+        self.application.tab(window, "Close")
+        self.press(window, "push button", "Close")
+        self.application.wait_until_closed("About")
+        self.main_window()
+
     def test_without_a_recorder_its_settings_tell_why(self):
         main = self.start_beyond_introduction()
         for name in ("Battery", "Auto power off"):
