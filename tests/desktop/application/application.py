@@ -1,5 +1,6 @@
 """A program that is run as its users run it, and what assistive programs find of it."""
 
+import contextlib
 import os
 import subprocess
 from pathlib import Path
@@ -47,6 +48,11 @@ def everything(root):
     for found in children(root):
         if has(found, "showing") or found.get_role() == role("menu bar"):
             yield from everything(found)
+
+
+def write(field, text):
+    """Puts a text in place of a field's own."""
+    assert atspi().EditableText.set_text_contents(field, text), f"{described(field)} refuses"
 
 
 def described(control):
@@ -194,22 +200,28 @@ class Application:
 
 
 class Ears:
-    """What the bus tells while it is listened to: of each event the control's name and its detail,
-    unless `note` takes something else down."""
+    """What the bus tells while it is listened to: of each event the control's name, the last part of the
+    event's, and its detail, unless `note` takes something else down."""
 
-    def __init__(self, event, note=lambda event: (event.source.get_name(), event.detail1)):
+    def __init__(self, event, note=lambda event: (event.source.get_name(),
+                                                  event.type.rsplit(":")[-1], event.detail1)):
         self.event = event
         self.note = note
         self.heard = []
 
     def __enter__(self):
-        self.listener = atspi().EventListener.new(
-            lambda event: self.heard.append(self.note(event)))
+        self.listener = atspi().EventListener.new(self._hear)
         self.listener.register(self.event)
         return self
 
     def __exit__(self, *_):
         self.listener.deregister(self.event)
+
+    def _hear(self, event):
+        from gi.repository import GLib
+        # What is told last of a window that closed can't be asked any more.
+        with contextlib.suppress(GLib.Error):
+            self.heard.append(self.note(event))
 
     def wait_for(self, *wanted):
         from gi.repository import GLib

@@ -9,6 +9,7 @@ from pathlib import Path
 
 from application import Application, children, everything, role
 from session import Session, wait_for
+from support import pcm24, recording
 import hands
 import runner
 
@@ -61,6 +62,14 @@ class ApplicationTest(unittest.TestCase):
         """A recording in the Desktop folder, raw mid/side unless told otherwise."""
         path = self.desktop / name
         subprocess.run([SAMPLE, "--seconds", str(seconds), *options, path], check=True)
+        return path
+
+    def tone(self, name, seconds, level):
+        """A recording in the Desktop folder, left and right alike, always at plus or minus `level`."""
+        value = round(level * 2 ** 23)
+        path = self.desktop / name
+        path.write_bytes(recording(pcm24(value, value, -value, -value) * (24000 * seconds),
+                                   raw=False))
         return path
 
     def open(self, window, name):

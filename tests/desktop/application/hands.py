@@ -1,5 +1,6 @@
 """Pointer and keys, as the display's server delivers them."""
 
+import contextlib
 import subprocess
 
 
@@ -12,14 +13,19 @@ def key(*names):
     _do("key", "--clearmodifiers", *names)
 
 
-def write(text):
-    _do("type", "--clearmodifiers", "--delay", "5", text)
+def move(x, y):
+    _do("mousemove", x, y)
 
 
 def click(x, y, times=1):
-    _do("mousemove", "--sync", x, y, "click", "--repeat", times, "--delay", "40", 1)
+    _do("mousemove", x, y, "click", "--repeat", times, "--delay", "40", 1)
 
 
-def drag(start, end):
-    """Presses at the one point and releases at the other."""
-    _do("mousemove", "--sync", *start, "mousedown", 1, "mousemove", "--sync", *end, "mouseup", 1)
+@contextlib.contextmanager
+def holding(place):
+    """With the left button held down since it was at that place."""
+    _do("mousemove", *place, "mousedown", 1)
+    try:
+        yield
+    finally:
+        _do("mouseup", 1)
