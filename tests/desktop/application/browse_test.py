@@ -55,6 +55,15 @@ class Folders(BrowseTest):
         self.application.wait_until_closed("Choose a file")
         self.assert_folder(main, "Takes", "a.wav")
 
+    def test_the_tab_key_takes_the_choosers_controls_in_order(self):
+        main = self.start_beyond_introduction()
+        self.press(main, "Open folder")
+        chooser = self.application.window("Choose a file")
+        wait_for(lambda: self.application.focused(chooser).get_name() == "Directory:", "the field")
+        self.application.tab(chooser, "Directories", "Choose", "Cancel", str(self.desktop),
+                             "Parent Directory", "Create New Folder", "List View", "Detail View",
+                             "Sidebar", "Files", "Directory:")
+
     def test_a_chooser_that_is_cancelled_changes_nothing(self):
         takes = self.folder("Takes", "a.wav")
         main = self.start_beyond_introduction()

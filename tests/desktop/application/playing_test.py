@@ -7,6 +7,7 @@ from case import ApplicationTest, run, session
 from session import wait_for
 from sound import Sound
 import hands
+import screen
 
 TIME = re.compile(r"\d\d:\d\d:\d\d")
 SOFT = 0.0625  # a level that 24 bits hold exactly
@@ -109,6 +110,25 @@ class Transport(PlayingTest):
         self.application.window("About")
         self.control("push button", "Play")
         self.assertIsNotNone(self.application.shown("About", "dialog"))
+
+    def test_the_meters_light_up_while_it_plays(self):
+        self.tone("take.wav", 60, 0.5)
+        self.play("take.wav")
+        for name in ("Left level", "Right level"):
+            meter = self.control("progress bar", name)
+            wait_for(lambda meter=meter: self.is_green(meter), "showing the level")
+            self.assertEqual(meter.get_current_value(), 42)  # -6 dB on a scale from -48
+        hands.key("space")
+        self.control("push button", "Play")
+        for name in ("Left level", "Right level"):
+            meter = self.control("progress bar", name)
+            wait_for(lambda meter=meter: not self.is_green(meter), "showing silence")
+            self.assertEqual(meter.get_current_value(), 0)
+
+    def is_green(self, meter):
+        """Near its lower end."""
+        red, green, blue = screen.colour(*self.application.place(meter, (0.5, 0.9)))
+        return green > red + 50 and green > blue + 50
 
     def test_another_recording_takes_over(self):
         self.tone("first.wav", 60, SOFT)

@@ -1,7 +1,9 @@
 """Runs the tests of a file inside a session, and tells more of failures."""
 
 import unittest
+from pathlib import Path
 
+import screen
 
 class Result(unittest.TextTestResult):
     def addError(self, test, err):
@@ -13,7 +15,10 @@ class Result(unittest.TextTestResult):
         self._tell(test)
 
     def _tell(self, test):
+        picture = Path(f"{test.id().removeprefix('__main__.')}.png").absolute()
         try:
+            screen.save(picture)
+            self.stream.writeln(f"The screen: {picture}")
             self.stream.writeln(test.report())
         except Exception as error:  # the program may be gone or hang
             self.stream.writeln(f"No report: {error!r}")
