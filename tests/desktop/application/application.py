@@ -5,6 +5,8 @@ import os
 import subprocess
 from pathlib import Path
 
+from gi.repository import GLib
+
 import hands
 from session import child, wait_for
 
@@ -218,13 +220,11 @@ class Ears:
         self.listener.deregister(self.event)
 
     def _hear(self, event):
-        from gi.repository import GLib
         # What is told last of a window that closed can't be asked any more.
         with contextlib.suppress(GLib.Error):
             self.heard.append(self.note(event))
 
     def wait_for(self, *wanted):
-        from gi.repository import GLib
 
         def hears():
             while GLib.MainContext.default().iteration(False):

@@ -10,6 +10,8 @@ import tempfile
 import time
 from pathlib import Path
 
+from gi.repository import GLib
+
 # A guard against what never happens, far beyond what anything takes.
 PATIENCE = 60.0
 
@@ -31,11 +33,15 @@ def wait_for(question, what):
     """Asks until the answer is something true, and returns it."""
     limit = time.monotonic() + PATIENCE
     while True:
-        answer = question()
-        if answer:
-            return answer
+        problem = None
+        try:
+            answer = question()
+            if answer:
+                return answer
+        except GLib.Error as error:  # what is asked of on the bus may go away meanwhile
+            problem = error
         if time.monotonic() > limit:
-            raise AssertionError(f"{what} takes too long")
+            raise AssertionError(f"{what} takes too long") from problem
         time.sleep(0.02)
 
 
@@ -116,6 +122,11 @@ class Session:
         settings = self.folder / "openbox.xml"
         settings.write_text(WINDOW_MANAGER_SETTINGS)
         self._start(["openbox", "--sm-disable", "--config-file", settings])
+        # A window that is there before the manager gets no focus.
+        wait_for(lambda: subprocess.run(["xdotool", "get_num_desktops"], env=self.environment,
+                                        check=False, stdout=subprocess.DEVNULL,
+                                        stderr=subprocess.DEVNULL).returncode == 0,
+                 "starting a window manager")
 
     def _start_bus(self):
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._answer_of(
