@@ -155,15 +155,16 @@ void ViewController::buildMenus() {
     QMenu* const file = bar.addMenu("File");
     connect(file->addAction("Open Folder\u2026", QKeySequence("Ctrl+O")), &QAction::triggered, this,
             [this] { openSoon(&ViewController::txtFolder_Click); });
-    connect(file->addAction("Export\u2026", QKeySequence("Ctrl+E")), &QAction::triggered, this,
+    exportEntry_ = file->addAction("Export\u2026", QKeySequence("Ctrl+E"));
+    connect(exportEntry_, &QAction::triggered, this,
             [this] { openSoon(&ViewController::btnExport_Click); });
     file->addSeparator();
     connect(file->addAction("Quit", QKeySequence("Ctrl+Q")), &QAction::triggered, &window_,
             &QWidget::close);
     QMenu* const playback = bar.addMenu("Playback");
     // The key is the window's own business, since its release counts.
-    connect(playback->addAction("Play/Pause\tSpace"), &QAction::triggered, this,
-            [this] { btnPlay_Click(); });
+    playEntry_ = playback->addAction("Play/Pause\tSpace");
+    connect(playEntry_, &QAction::triggered, this, [this] { btnPlay_Click(); });
     connect(playback->addAction("Mute"), &QAction::triggered, this, [this] { btnVolume_Click(); });
     QMenu* const help = bar.addMenu("Help");
     connect(help->addAction("Online documentation", QKeySequence("F1")), &QAction::triggered, this,
@@ -225,8 +226,7 @@ void ViewController::initRecording() {
     lblFileName->setText({});
     lblTimeCurrent->setText(noTime);
     lblTimeTotal->setText(noTime);
-    btnPlayPause->setEnabled(false);
-    btnExport->setEnabled(false);
+    enableActions(false);
 }
 
 void ViewController::initMeters() {
@@ -507,9 +507,15 @@ void ViewController::closeRecording() {
     }
 }
 
-void ViewController::enableRecording(bool isOpen) {
+void ViewController::enableActions(bool isOpen) {
     btnPlayPause->setEnabled(isOpen);
+    playEntry_->setEnabled(isOpen);
     btnExport->setEnabled(isOpen);
+    exportEntry_->setEnabled(isOpen);
+}
+
+void ViewController::enableRecording(bool isOpen) {
+    enableActions(isOpen);
     sliderTime->setEnabled(isOpen);
     sliderGain->setEnabled(isOpen);
     sliderTimeCell_->setSliderEnabled(isOpen);

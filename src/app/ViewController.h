@@ -22,6 +22,7 @@
 #include <QObject>
 #include <QString>
 
+class QAction;
 class QDropEvent;
 class QKeyEvent;
 class QMainWindow;
@@ -140,6 +141,8 @@ private:
     void closeRecording();
     /// The controls that only a recording needs, and the captions beside them.
     void enableRecording(bool isOpen);
+    /// Those of them that play and export, on the window and in its menus.
+    void enableActions(bool isOpen);
     /// Those of mid/side recordings.
     void enableStereo(bool isMidSide);
     void setPlayImage(bool showsPlay);
@@ -153,6 +156,8 @@ private:
     std::unique_ptr<Timer> timerUpdateFolder_;
     std::filesystem::path urlOfFileList_;
     QString versionString_;
+    QAction* exportEntry_ = nullptr; ///< of the menus, which own them
+    QAction* playEntry_ = nullptr;
     bool firstIntroDialog_ = false;
     bool hasAppeared_ = false;
     HeldKey space_{[this] { btnPlay_Click(); }};

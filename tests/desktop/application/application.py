@@ -168,7 +168,7 @@ class Application:
         assert control.get_n_actions() > 0, f"{described(control)} has no action"
         assert control.do_action(0), f"{described(control)} refuses"
 
-    def choose(self, window, *names):
+    def entry(self, window, *names):
         """An entry of the menus, by the names on the way."""
         place = next(found for found in everything(window)
                      if found.get_role() == role("menu bar"))
@@ -177,7 +177,10 @@ class Application:
             if name != names[-1]:
                 place = next((found for found in children(place)
                               if found.get_role() == role("popup menu")), place)
-        self.press(place)
+        return place
+
+    def choose(self, window, *names):
+        self.press(self.entry(window, *names))
 
     # What users of pointer and keys do
 

@@ -120,6 +120,27 @@ class Dialogs(WindowTest):
 
 
 class MainWindow(WindowTest):
+    def assert_recording(self, main, is_open):
+        """All ways to play and to export a recording agree on whether there is one."""
+        for control in (self.application.find(main, "push button", "Export"),
+                        self.application.entry(main, "File", "Export\u2026"),
+                        self.application.find(main, "push button", "Play"),
+                        self.application.entry(main, "Playback", "Play/Pause\tSpace")):
+            self.assertEqual(has(control, "enabled"), is_open, described(control))
+
+    def test_what_needs_a_recording_can_be_chosen_when_there_is_one(self):
+        self.sample("take.wav", 0.25)
+        (self.desktop / "broken.wav").write_bytes(b"RIFF")
+        main = self.start_beyond_introduction()
+        self.assert_recording(main, False)
+        self.open(main, "take.wav")
+        self.assert_recording(main, True)
+        table = self.application.find(main, "table", "Recordings")
+        self.application.click(self.application.cell(table, "broken.wav"), times=2)
+        self.press(self.application.window(TITLE, "alert"), "push button", "Ok")
+        self.application.wait_until_closed(TITLE, "alert")
+        self.assert_recording(main, False)
+
     def test_every_control_has_a_name_and_the_tab_key_takes_them_in_order(self):
         self.sample("take.wav", 60)
         main = self.start_beyond_introduction()
