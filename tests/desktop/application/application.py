@@ -107,8 +107,8 @@ class Application:
 
     def report(self):
         """What a reader of a failed test wants to know."""
-        lines = [f"The program's output ({self.process.poll()=}):", self.output.read_text("utf-8",
-                                                                                         "replace")]
+        output = self.output.read_text("utf-8", "replace")
+        lines = [f"The program's output (exit status {self.process.poll()}):", output]
         if self.is_alive():
             lines.append("The accessibility tree:")
             for window in self.windows():
@@ -228,7 +228,6 @@ class Ears:
             self.heard.append(self.note(event))
 
     def wait_for(self, *wanted):
-
         def hears():
             while GLib.MainContext.default().iteration(False):
                 pass
