@@ -182,7 +182,7 @@ QTableView* makeTable() {
 }
 
 void buildBrowser(Builder& builder, MainWindowView& view) {
-    view.viewLeftBG = builder.addPanel("viewLeftBG", "panel", {12, 0, 300, 398}, Stretch::tall);
+    view.viewLeftBG = builder.addPanel("viewLeftBG", "pane", {12, 0, 300, 398}, Stretch::tall);
     view.viewPathBG = builder.addPanel("viewPathBG", "strip", {22, 10, 280, 34}, Stretch::none);
     view.btnGoUp = builder.addImageButton("btnGoUp", "Enclosing folder", "go_up", smallGlyph,
                                           {26, 15, 24, 24}, Stretch::none);
@@ -198,7 +198,7 @@ void buildBrowser(Builder& builder, MainWindowView& view) {
 
 void buildRecorder(Builder& builder, MainWindowView& view) {
     constexpr auto low = Stretch::bottom;
-    view.viewDeviceBG = builder.addPanel("viewDeviceBG", "panel", {12, 408, 300, 220}, low);
+    view.viewDeviceBG = builder.addPanel("viewDeviceBG", "pane", {12, 408, 300, 220}, low);
     view.imgH8 = builder.add(new ImageView("device_panel", {48, 178}, "The recorder"), "imgH8",
                              {29, 410, 48, 178}, low);
     view.statusDot = builder.add(new StatusDot, "statusDot", {99, 431, 10, 10}, low);
@@ -229,7 +229,7 @@ void buildRecorder(Builder& builder, MainWindowView& view) {
 }
 
 void buildRecording(Builder& builder, MainWindowView& view) {
-    view.viewRightBG = builder.addPanel("viewRightBG", "panel", {324, 0, 714, 628}, Stretch::both);
+    view.viewRightBG = builder.addPanel("viewRightBG", "pane", {324, 0, 714, 628}, Stretch::both);
     view.lblFileName =
         builder.add(new ElidedLabel, "lblFileName", {348, 18, 540, 28}, Stretch::wide);
     view.lblFileName->setProperty("role", "heading");

@@ -172,6 +172,7 @@ private:
     std::shared_ptr<H8SliderCell> sliderGainCell_;
     double lastVolume_ = 0;
     bool isMuteVolume_ = false;
+    std::string_view speakerImage_; ///< the one that is shown; a literal
     bool isSeeking_ = false;
     PlaySettings settings() const;
     void clearMeters();
