@@ -4,6 +4,7 @@
 #include "services/EB.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include <QApplication>
 #include <QRadioButton>
@@ -82,8 +83,14 @@ QAbstractButton* ExportSheet::buttonOf(QWidget& window, const QString& text) {
     return nullptr;
 }
 
-void ExportSheet::tapIn(const QWidget& dialog, const char* key) {
-    ASSERT_TRUE(Desktop::waitFor([&] { return dialog.isActiveWindow(); }));
+void ExportSheet::tapIn(QWidget& dialog, const char* key) {
+    const auto hasKeyboard = [&] { return dialog.isActiveWindow(); };
+    // A window manager under load may forget whom the keyboard belongs to when a window goes as
+    // quickly as it came.
+    if (!Desktop::waitFor(hasKeyboard, std::chrono::seconds(2))) {
+        dialog.activateWindow();
+    }
+    ASSERT_TRUE(Desktop::waitFor(hasKeyboard));
     Desktop::get().tap(key);
 }
 

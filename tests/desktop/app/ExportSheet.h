@@ -57,7 +57,7 @@ protected:
         return dialog.findChild<QLineEdit*>("fileNameEdit");
     }
     /// A key for a dialog, as soon as it has the keyboard: after a question it gets it back.
-    static void tapIn(const QWidget& dialog, const char* key);
+    static void tapIn(QWidget& dialog, const char* key);
     /// Gives the save dialog a name and confirms it.
     static void answer(QWidget& dialog, const QString& name);
     Bytes samplesOf(const std::filesystem::path& path) const;
