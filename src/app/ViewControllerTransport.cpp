@@ -181,10 +181,10 @@ void ViewController::sliderVolValueChanged(Slider& slider) {
 
 void ViewController::updateVolumeIcon(double volume) {
     const std::string_view name = speakerImage(volume, isMuteVolume_);
-    if (name == std::exchange(speakerImage_, name)) {
-        return; // a drag has many steps
+    if (name != std::exchange(speakerImage_, name)) { // a drag has many steps
+        btnVolume->setIcon(
+            icon(QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()))));
     }
-    btnVolume->setIcon(icon(QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()))));
     btnVolume->setAccessibleName(isMuteVolume_ ? "Unmute" : "Mute");
     btnVolume->setToolTip(btnVolume->accessibleName());
 }
