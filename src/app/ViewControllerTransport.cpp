@@ -46,7 +46,10 @@ void ViewController::btnPlay_Click() {
             wavPlayer_->setPosition(sliderTime->doubleValue());
         }
     }
-    wavPlayer_->play();
+    // Stopping the sound of a recording that can't be read any more has closed it.
+    if (wavPlayer_) {
+        wavPlayer_->play();
+    }
 }
 
 PlaySettings ViewController::settings() const {
@@ -64,6 +67,9 @@ void ViewController::sliderTimeValueChanged(Slider& slider) {
     sliderTime->setIsSeeking(false);
     isSeeking_ = true;
     wavPlayer_->setPosition(slider.doubleValue());
+    if (!wavPlayer_) {
+        return; // the stop of a recording that can't be read any more has closed it
+    }
     if (const std::string time = wavPlayer_->currentTimeString(); !time.empty()) {
         setText(*lblTimeCurrent, time);
     }

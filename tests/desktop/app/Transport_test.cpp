@@ -8,6 +8,7 @@
 #include "controls/H8Slider.h"
 #include "controls/LevelMeter.h"
 #include "controls/Slider.h"
+#include "playback/AQPlayer.h"
 
 #include <algorithm>
 
@@ -35,6 +36,14 @@ protected:
         bool isHandled = false;
         const ServerEcho echo([&] { isHandled = true; });
         EXPECT_TRUE(Desktop::waitFor([&] { return isHandled; }));
+    }
+    /// Plays on until nothing more can be read; what is queued by then still sounds.
+    void loseTheFile() {
+        aqData().audioFile = nullptr;
+        EXPECT_TRUE(Desktop::waitFor([this] {
+            sound.pull(1'000);
+            return aqData().isError;
+        }));
     }
     void clickPlay() { desktop.click(view<QWidget>("btnPlayPause"), {28, 28}); }
     Slider& slider(const char* name) { return view<Slider>(name); }
@@ -162,6 +171,26 @@ TEST_F(Transport, TheEndShowsTheBeginning) {
     EXPECT_EQ(text("lblFileName"), "take.wav");
     clickPlay();
     EXPECT_TRUE(isPlaying());
+}
+
+TEST_F(Transport, ASeekInARecordingThatCanNoLongerBeReadClosesIt) {
+    open();
+    loseTheFile();
+    slider("sliderTime").chooseValue(0.5, ControlEvent::KeyDown);
+    EXPECT_EQ(text("lblFileName"), "");
+    EXPECT_EQ(text("lblTimeCurrent"), "--:--:--");
+    EXPECT_FALSE(slider("sliderTime").isEnabled());
+}
+
+TEST_F(Transport, GoingOnWithAnotherGainInARecordingThatCanNoLongerBeReadClosesIt) {
+    open();
+    loseTheFile();
+    controller->btnPlay_Click();
+    ASSERT_FALSE(isPlaying());
+    desktop.click(view<QWidget>("tickOfGain"), label("+12"));
+    controller->btnPlay_Click();
+    EXPECT_EQ(text("lblFileName"), "");
+    EXPECT_FALSE(view<QWidget>("btnPlayPause").isEnabled());
 }
 
 TEST_F(Transport, MuteBringsTheVolumeBack) {
