@@ -340,7 +340,8 @@ void ViewController::openFolder(const fs::path& folder) {
         return;
     }
     Utility::store(lastFolderKey, folder.native());
-    nameFolder(displayName(withoutTrailingSlash(folder).filename().native()));
+    const fs::path named = withoutTrailingSlash(folder);
+    nameFolder(displayName((named.has_filename() ? named.filename() : named).native()));
     if (!timerUpdateFolder_) {
         timerUpdateFolder_ = RunLoop::main().makeTimer();
         timerUpdateFolder_->startRepeating(listingInterval, [this] { updateFileBrowser(); });

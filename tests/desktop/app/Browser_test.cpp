@@ -43,6 +43,13 @@ TEST_F(Browser, TheIntroductionOfANewVersionIsShownOnce) {
     EXPECT_THAT(presented, ElementsAre("IntroductionVC"));
 }
 
+TEST_F(Browser, TheRootIsCalledByItsSlash) {
+    start();
+    controller->openFolder("/");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "/");
+    EXPECT_EQ(view<QWidget>("lblFolder").accessibleName(), "Folder /");
+}
+
 TEST_F(Browser, ADoubleClickEntersAFolderAndRemembersIt) {
     fs::create_directory(folder / "takes/Old");
     start();
