@@ -15,6 +15,7 @@ void HeldKey::release(const QKeyEvent& event) {
         return;
     }
     isPending_ = true;
+    key_ = event.key();
     releasedAt_ = event.timestamp();
     QCoreApplication::instance()->installEventFilter(this);
     echo_ = std::make_unique<ServerEcho>([this] { fire(); });
@@ -22,7 +23,8 @@ void HeldKey::release(const QKeyEvent& event) {
 
 bool HeldKey::eventFilter(QObject* /*watched*/, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
-        if (static_cast<QKeyEvent*>(event)->timestamp() == releasedAt_) {
+        const auto& press = *static_cast<QKeyEvent*>(event);
+        if (press.key() == key_ && press.timestamp() == releasedAt_) {
             wasPending();
         } else {
             fire();

@@ -31,6 +31,7 @@ private:
 
     std::function<void()> onRelease_;
     std::unique_ptr<ServerEcho> echo_;
+    int key_ = 0;            ///< that was released last
     quint64 releasedAt_ = 0; ///< the server's time
     bool isPending_ = false;
 };

@@ -26,10 +26,17 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QToolButton>
+#include <QWheelEvent>
 
 namespace deckmate {
 
 namespace {
+
+/// A menu of settings: what is scrolled over it doesn't change the recorder.
+class SettingMenu final : public QComboBox {
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
 
 constexpr int captionSize = 11;
 constexpr int tickSize = 12;
@@ -213,13 +220,13 @@ void buildRecorder(Builder& builder, MainWindowView& view) {
     constexpr QRect powerPlace(98, 569, 198, 26);
     setTextSize(*builder.addLabel("captionBattery", "detail", "Battery", {98, 506, 198, 16}, low),
                 captionSize);
-    view.popupBattery = builder.add(new QComboBox, "popupBattery", "Battery", batteryPlace, low);
+    view.popupBattery = builder.add(new SettingMenu, "popupBattery", "Battery", batteryPlace, low);
     view.popupBattery->addItems({"Alkaline", "Ni-MH", "Lithium"});
     setTextSize(
         *builder.addLabel("captionAutoPow", "detail", "Auto power off", {98, 552, 198, 16}, low),
         captionSize);
     view.popupAutoPow =
-        builder.add(new QComboBox, "popupAutoPow", "Auto power off", powerPlace, low);
+        builder.add(new SettingMenu, "popupAutoPow", "Auto power off", powerPlace, low);
     view.popupAutoPow->addItems({"10 min", "30 min", "60 min", "Never"});
     view.listBatteryCover = builder.add(new ClickableArea, "listBatteryCover",
                                         "Battery: no recorder is connected", batteryPlace, low);

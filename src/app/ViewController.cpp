@@ -26,6 +26,7 @@
 #include <QComboBox>
 #include <QDropEvent>
 #include <QFile>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
@@ -206,6 +207,7 @@ void ViewController::initVolume() {
     sliderVolume->setMaxValue(1.0);
     sliderVolume->setDoubleValue(firstVolume);
     lastVolume_ = 0;
+    heardVolume_ = firstVolume;
     isMuteVolume_ = false;
     sliderVolume->setAction([this](Slider& slider) { sliderVolValueChanged(slider); });
     updateVolumeIcon(sliderVolume->doubleValue());
@@ -270,7 +272,11 @@ void ViewController::connectActions() {
             [this] { openSoon(&ViewController::txtFolder_Click); });
     connect(btnOpenFolder, &QAbstractButton::clicked, this,
             [this] { openSoon(&ViewController::btnOpenFolder_Click); });
-    connect(tableFile, &QTableView::doubleClicked, this, [this] { table_cell_double_click(); });
+    connect(tableFile, &QTableView::doubleClicked, this, [this] {
+        if (QGuiApplication::mouseButtons() == Qt::LeftButton) {
+            table_cell_double_click();
+        }
+    });
     connect(btnExport, &QAbstractButton::clicked, this,
             [this] { openSoon(&ViewController::btnExport_Click); });
     connect(btnPlayPause, &QAbstractButton::clicked, this, [this] { btnPlay_Click(); });
@@ -448,17 +454,26 @@ void ViewController::acceptDrop(QDropEvent& event) {
     if (urls.size() != 1 || !urls.front().isLocalFile()) {
         return;
     }
-    event.acceptProposedAction();
-    if (event.type() != QEvent::Drop) {
+    // Opening takes nothing away from whoever dragged it: they may delete what they have moved.
+    if (!event.possibleActions().testFlag(Qt::CopyAction)) {
         return;
     }
-    const fs::path path = QFile::encodeName(urls.front().toLocalFile()).toStdString();
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+    if (event.type() == QEvent::Drop) {
+        dropped_ = QFile::encodeName(urls.front().toLocalFile()).toStdString();
+        openSoon(&ViewController::openDropped);
+    }
+}
+
+void ViewController::openDropped() {
     std::error_code error;
-    if (fs::is_directory(path, error)) {
-        urlOfFileList_ = path;
+    if (fs::is_directory(dropped_, error)) {
+        urlOfFileList_ = dropped_;
         openFolder(urlOfFileList_);
-    } else if (isThere(path)) {
-        openWavFile({false, displayName(path.filename().native()), icons_.recording, path});
+    } else if (isThere(dropped_)) {
+        const QString name = displayName(dropped_.filename().native());
+        openWavFile({false, name, icons_.recording, dropped_});
     }
 }
 

@@ -147,6 +147,7 @@ private:
     void enableStereo(bool isMidSide);
     void setPlayImage(bool showsPlay);
     void acceptDrop(QDropEvent& event);
+    void openDropped();
 
     QMainWindow& window_;
     std::unique_ptr<FileListModel> model_;
@@ -160,6 +161,7 @@ private:
     QAction* playEntry_ = nullptr;
     bool firstIntroDialog_ = false;
     bool hasAppeared_ = false;
+    std::filesystem::path dropped_; ///< the newest folder or recording that was dropped here
     HeldKey space_{[this] { btnPlay_Click(); }};
 
     // ==== Transport, volume, gain, angle, meters
@@ -171,6 +173,7 @@ private:
     std::shared_ptr<H8SliderCell> sliderTimeCell_;
     std::shared_ptr<H8SliderCell> sliderGainCell_;
     double lastVolume_ = 0;
+    double heardVolume_ = 0; ///< the slider's last one above 0
     bool isMuteVolume_ = false;
     std::string_view speakerImage_; ///< the one that is shown; a literal
     bool isSeeking_ = false;
@@ -182,8 +185,9 @@ private:
     // ==== Recorder and dialogs
 
     void present(DialogWindow& dialog);
-    /// Calls it once the event at hand is answered. A program that presses a control over the
-    /// accessibility bus waits for that answer, and a dialog would keep it waiting for the user.
+    /// Calls it once the event at hand is answered. Who presses a control over the accessibility
+    /// bus, or drops a file, waits for that answer, and a dialog would keep them waiting for the
+    /// user.
     void openSoon(void (ViewController::*open)());
 
     bool isOpening_ = false;         ///< a second click doesn't open a second dialog

@@ -163,6 +163,7 @@ void ViewController::btnVolume_Click() {
     } else {
         sliderVolume->setDoubleValue(lastVolume_);
         volume = sliderVolume->doubleValue();
+        heardVolume_ = volume > 0 ? volume : heardVolume_;
     }
     if (wavPlayer_) {
         wavPlayer_->setVolume(volume);
@@ -172,11 +173,16 @@ void ViewController::btnVolume_Click() {
 
 void ViewController::sliderVolValueChanged(Slider& slider) {
     const double volume = slider.doubleValue();
-    const bool isStep = isDone(slider.currentEvent()) &&
-                        slider.currentEvent() != ControlEvent::LeftMouseUp && volume > 0;
-    // What sounded last before it was turned off by keys can be brought back, too.
-    if (slider.currentEvent() == ControlEvent::LeftMouseDown || isStep) {
+    const ControlEvent event = slider.currentEvent();
+    const bool isStep = isDone(event) && event != ControlEvent::LeftMouseUp;
+    if (event == ControlEvent::LeftMouseDown) {
         lastVolume_ = volume;
+    } else if (isStep) {
+        // What sounded last before it was turned off by keys can be brought back, too.
+        lastVolume_ = volume > 0 ? volume : heardVolume_;
+    }
+    if (volume > 0) {
+        heardVolume_ = volume;
     }
     isMuteVolume_ = !(volume > 0);
     updateVolumeIcon(volume);

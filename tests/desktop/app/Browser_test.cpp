@@ -7,9 +7,14 @@
 #include "controls/Slider.h"
 
 #include <filesystem>
+#include <optional>
 
+#include <QApplication>
+#include <QDropEvent>
 #include <QItemSelectionModel>
+#include <QMimeData>
 #include <QScrollBar>
+#include <QUrl>
 
 namespace deckmate::test {
 namespace {
@@ -23,6 +28,21 @@ protected:
     QString selectedRow() {
         const auto rows = view<QTableView>("tableFile").selectionModel()->selectedRows();
         return rows.isEmpty() ? QString() : rows.front().data().toString();
+    }
+    /// What the window says that it does with it; nothing if it isn't wanted. The toolkit's own
+    /// events, since only a window of another program can begin a real drag.
+    std::optional<Qt::DropAction> drop(const fs::path& path, Qt::DropActions possible) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path.string()))});
+        const QPointF place(100, 100);
+        QDragEnterEvent enter(place.toPoint(), possible, &data, Qt::LeftButton, Qt::NoModifier);
+        QDropEvent event(place, possible, &data, Qt::LeftButton, Qt::NoModifier);
+        enter.ignore();
+        event.ignore();
+        QApplication::sendEvent(&windows->window(), &enter);
+        QApplication::sendEvent(&windows->window(), &event);
+        EXPECT_EQ(enter.isAccepted(), event.isAccepted());
+        return event.isAccepted() ? std::optional(event.dropAction()) : std::nullopt;
     }
 };
 
@@ -149,6 +169,57 @@ TEST_F(Browser, AFolderThatVanishesGivesWayToTheDesktop) {
     fs::create_directory(folder / "takes");
     addTake("back.wav", 1);
     EXPECT_TRUE(Desktop::waitFor([this] { return rows() == QStringList{"back.wav"}; }));
+}
+
+TEST_F(Browser, OnlyTheLeftButtonOpens) {
+    fs::create_directory(folder / "takes/Old");
+    start();
+    desktop.moveTo(*view<QTableView>("tableFile").viewport(), middleOfRow("Old"));
+    for (int i = 0; i < 2; ++i) {
+        desktop.press(Desktop::Button::Right);
+        desktop.release(Desktop::Button::Right);
+    }
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes");
+}
+
+TEST_F(Browser, AFolderThatIsDroppedIsListed) {
+    fs::create_directory(folder / "other");
+    start();
+    EXPECT_TRUE(drop(folder / "other", Qt::CopyAction));
+    desktop.settle();
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "other");
+    EXPECT_EQ(defaults.stringForKey("UD_LAST_OPEN_FOLDER"), (folder / "other").string());
+}
+
+TEST_F(Browser, ARecordingThatIsDroppedIsOpened) {
+    fs::create_directory(folder / "other");
+    const fs::path take = addTake("take.wav");
+    fs::rename(take, folder / "other/take.wav");
+    start();
+    EXPECT_TRUE(drop(folder / "other/take.wav", Qt::CopyAction));
+    desktop.settle();
+    EXPECT_EQ(text("lblFileName"), "take.wav");
+    EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "takes");
+}
+
+TEST_F(Browser, WhoDropsAFileThatIsRefusedDoesNotWaitForTheUser) {
+    folder.file("takes/text.wav", test::text("no recording"));
+    start();
+    bool isAnswered = false;
+    controller->doors.showAlert = [&](const QString& text) {
+        EXPECT_TRUE(isAnswered);
+        alerts.push_back(text);
+    };
+    EXPECT_TRUE(drop(folder / "takes/text.wav", Qt::CopyAction));
+    isAnswered = true;
+    EXPECT_TRUE(Desktop::waitFor([this] { return !alerts.empty(); }));
+}
+
+TEST_F(Browser, NothingThatIsDroppedIsTakenAway) {
+    fs::create_directory(folder / "other");
+    start();
+    EXPECT_EQ(drop(folder / "other", Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
+    EXPECT_EQ(drop(folder / "other", Qt::MoveAction), std::nullopt);
 }
 
 TEST_F(Browser, ARecordingIsOpenedAndPlayedAtOnce) {

@@ -58,6 +58,15 @@ TEST_F(DevicePanel, AConnectedRecorderIsShown) {
     EXPECT_FALSE(view<QWidget>("listBatteryCover").isVisible());
 }
 
+TEST_F(DevicePanel, TheWheelOverAMenuLeavesTheRecorderAlone) {
+    start();
+    plugIn();
+    desktop.wheel(menu("popupBattery"), {20, 13}, 1);
+    desktop.wheel(menu("popupAutoPow"), {20, 13}, -1);
+    EXPECT_EQ(menu("popupBattery").currentIndex(), 2);
+    EXPECT_EQ(menu("popupAutoPow").currentIndex(), 2);
+}
+
 TEST_F(DevicePanel, AReportChangesIt) {
     start();
     plugIn();

@@ -205,6 +205,16 @@ TEST_F(Transport, MuteBringsTheVolumeBack) {
     EXPECT_EQ(slider("sliderVolume").doubleValue(), 0.8);
 }
 
+TEST_F(Transport, KeysToSilenceCanBeUndoneByTheMuteButton) {
+    open();
+    slider("sliderVolume").setFocus();
+    desktop.tap("Home");
+    EXPECT_EQ(slider("sliderVolume").doubleValue(), 0);
+    desktop.click(view<QWidget>("btnVolume"), {10, 10});
+    EXPECT_EQ(slider("sliderVolume").doubleValue(), 0.5);
+    EXPECT_EQ(view<QWidget>("btnVolume").accessibleName(), "Mute");
+}
+
 TEST_F(Transport, ADragToSilenceCanBeUndoneByTheMuteButton) {
     start();
     const QPointF from = knob("sliderVolume");
