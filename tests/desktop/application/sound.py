@@ -45,6 +45,20 @@ class Sound:
                        for part in range(0, len(samples), CHANNELS * RATE // 100))
         wait_for(is_so, f"hearing a level of {level}")
 
+    def wait_for_frame(self, left, right):
+        """Until a tenth of a second has had this frame and no other."""
+        wanted = array("f", [left, right] * (RATE // 10))
+        wait_for(lambda: self._frames() >= RATE // 10 and self._latest(RATE // 10) == wanted,
+                 f"hearing {left} and {right}")
+
+    def heard(self):
+        """All that was played, but for silence."""
+        samples = array("f")
+        with open(self.file, "rb") as file:
+            samples.frombytes(file.read(self._frames() * CHANNELS * SAMPLE))
+        frames = zip(samples[0::CHANNELS], samples[1::CHANNELS])
+        return array("f", (sample for frame in frames if any(frame) for sample in frame))
+
     def wait_for_more(self, seconds):
         """Until so much was played, whatever it is."""
         end = self._frames() + round(seconds * RATE)
