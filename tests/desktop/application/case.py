@@ -30,19 +30,22 @@ class ApplicationTest(unittest.TestCase):
         self.desktop.mkdir()
         self.application = None
 
-    def start(self):
-        """A new process; its predecessor must have ended."""
+    def start(self, *prefix, **environment):
+        """A new process; its predecessor must have ended. `prefix` is a command that starts it, such
+        as env with its options."""
         places = {"HOME": self.home}
         for name in ("CONFIG", "CACHE", "DATA", "STATE"):
             places[f"XDG_{name}_HOME"] = self.home / f".{name.lower()}"
         self.application = Application(
-            [PROGRAM], {name: str(place) for name, place in places.items()}, self.home / "output")
+            [*prefix, PROGRAM],
+            {**{name: str(place) for name, place in places.items()}, **environment},
+            self.home / "output")
         self.addCleanup(self.application.kill)
         return self.application
 
-    def start_beyond_introduction(self):
+    def start_beyond_introduction(self, *prefix, **environment):
         """The main window of a new process."""
-        self.start()
+        self.start(*prefix, **environment)
         self.application.window("Introduction")
         hands.key("Return")
         self.application.wait_until_closed("Introduction")

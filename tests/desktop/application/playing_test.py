@@ -30,9 +30,9 @@ class PlayingTest(ApplicationTest):
         return [label.get_name() for label in
                 sorted(labels, key=lambda label: self.application.place(label)[0])]
 
-    def play(self, name):
+    def play(self, name, *prefix, **environment):
         """Starts the application and opens a recording of the Desktop folder."""
-        self.main = self.start_beyond_introduction()
+        self.main = self.start_beyond_introduction(*prefix, **environment)
         self.open(self.main, name)
         self.control("push button", "Pause")
 

@@ -84,7 +84,7 @@ class Session:
         self._start_display()
         self._start_bus()
         if self.with_sound:
-            self._start_sound()
+            self.start_sound()
         os.environ.clear()
         os.environ.update(self.environment)
 
@@ -96,6 +96,27 @@ class Session:
         """Records what is heard, as 32-bit floats; the caller ends it."""
         return self._start(["parec", "--raw", "--device=h8.monitor", "--format=float32le",
                             "--channels=2", "--rate=48000", "--latency-msec=20"], stdout=file)
+
+    def stop_sound(self):
+        """The server is gone at once, as after a crash."""
+        self.sound_server.kill()
+        self.sound_server.wait()
+
+    def start_sound(self):
+        """At the address that the programs know, also after stop_sound()."""
+        address = self.folder / "sound"
+        # No rewinds: else an idle sink renders two seconds ahead.
+        self.sound_server = self._start(
+            ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
+             "--high-priority=no", "--disable-shm", "--realtime=no", "--log-level=error",
+             "--load", "module-null-sink sink_name=h8 channels=2 format=float32le norewinds=1 "
+             "rate=48000",
+             "--load", f"module-native-protocol-unix auth-anonymous=1 socket={address}"])
+
+        def accepts():
+            with socket.socket(socket.AF_UNIX) as connection:
+                return connection.connect_ex(str(address)) == 0
+        wait_for(accepts, "starting a sound server")
 
     def _without_user(self):
         environment = {name: value for name, value in os.environ.items()
@@ -132,20 +153,6 @@ class Session:
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = self._answer_of(
             lambda fd: ["dbus-daemon", "--session", "--nofork", f"--print-address={fd}",
                         f"--address=unix:path={self.folder / 'bus'}"])
-
-    def _start_sound(self):
-        address = self.folder / "sound"
-        # No rewinds: else an idle sink renders two seconds ahead.
-        self._start(["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
-                     "--use-pid-file=no", "--high-priority=no", "--disable-shm", "--realtime=no",
-                     "--log-level=error", "--load", "module-null-sink sink_name=h8 channels=2 "
-                     "format=float32le norewinds=1 rate=48000", "--load",
-                     f"module-native-protocol-unix auth-anonymous=1 socket={address}"])
-
-        def accepts():
-            with socket.socket(socket.AF_UNIX) as connection:
-                return connection.connect_ex(str(address)) == 0
-        wait_for(accepts, "starting a sound server")
 
     def _answer_of(self, command):
         """The line that a server writes to the descriptor it is told, once it is ready."""
