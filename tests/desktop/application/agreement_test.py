@@ -79,13 +79,14 @@ class AgreementTest(PlayingTest, ExportTest):
         hands.key("End")
         wait_for(lambda: self.volume() == 1, "setting the volume")
 
-    def wait_for_end_of_playing(self):
-        self.control("push button", "Play")
-
-    def play_again(self):
+    def play_again(self, count):
+        """So many samples are heard of it."""
+        sound = self.listen()
         hands.key("space")
-        wait_for(lambda: self.position() > 0, "playing")
-        self.wait_for_end_of_playing()
+        wait_for(lambda: len(sound.heard()) >= count, "hearing all of it")
+        self.control("push button", "Play")
+        sound.end()
+        return sound.heard()
 
     def export(self, bits):
         """The bytes of an exported file."""
@@ -105,14 +106,10 @@ class Frames(AgreementTest):
         values = [stored(chance.choice((-1, 1)) * chance.uniform(*bounds))
                   for _ in range(2 * RATE) for bounds in ((0.15, 0.25), (0.0, 0.25))]
         self.record(pcm24(*values))
-        self.play("take.wav")
+        self.play_to_end("take.wav")
         self.set_by_hand()
-        self.wait_for_end_of_playing()
-        self.play_again()  # with these settings from its start, and no way to them
-        sound = self.listen()
-        self.play_again()
-        wait_for(lambda: len(sound.heard()) >= len(values), "hearing all of it")
-        heard = sound.heard()
+        self.play_again(len(values))
+        heard = self.play_again(len(values))  # with these settings from its first frame on
 
         exported = samples_of(self.export(32), 32)
         exact = reference.decoded_samples(reference.Recording(self.take.read_bytes()),

@@ -47,8 +47,7 @@ class SurroundingsTest(PlayingTest):
     def assert_works(self, *prefix, **environment):
         """It starts, plays and ends well, and has no more to say than a line."""
         self.tone("take.wav", 1, SOFT)
-        self.play("take.wav", *prefix, **environment)
-        self.control("push button", "Play")
+        self.play_to_end("take.wav", *prefix, **environment)
         self.quit()
         self.assert_says_little()
 
