@@ -38,6 +38,16 @@ protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 };
 
+/// One column: Home and End lead to the first and the last row, not along the row.
+class List final : public QTableView {
+protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
+        const bool isToAnEnd = action == MoveHome || action == MoveEnd;
+        return QTableView::moveCursor(action,
+                                      isToAnEnd ? modifiers | Qt::ControlModifier : modifiers);
+    }
+};
+
 constexpr int captionSize = 11;
 constexpr int tickSize = 12;
 constexpr QSize smallGlyph(16, 16);
@@ -174,7 +184,7 @@ void setTextSize(QWidget& widget, int size) {
 }
 
 QTableView* makeTable() {
-    auto* const table = new QTableView;
+    auto* const table = new List;
     table->setItemDelegate(new FileListCell(table));
     table->setShowGrid(false);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);

@@ -90,6 +90,17 @@ TEST_F(Browser, ReturnOpensTheSelectedRow) {
     EXPECT_EQ(view<QAbstractButton>("lblFolder").text(), "Old");
 }
 
+TEST_F(Browser, HomeAndEndLeadToTheFirstAndTheLastRow) {
+    for (const char* const name : {"a.wav", "b.wav", "c.wav"}) {
+        addTake(name, 1);
+    }
+    start();
+    desktop.tap("End");
+    EXPECT_EQ(selectedRow(), "c.wav");
+    desktop.tap("Home");
+    EXPECT_EQ(selectedRow(), "a.wav");
+}
+
 TEST_F(Browser, TheFolderIsChosenByAClickOnItsNameOrTheButton) {
     fs::create_directory(folder / "other");
     start();
