@@ -16,6 +16,10 @@ def colour(x, y):
                        ["-f", "rawvideo", "-pix_fmt", "rgb24", "-"]))
 
 
-def save(file):
-    """A picture of all of it."""
-    _grab("", [], ["-y", str(file)])
+def save(file, part=None):
+    """A picture of all of it, or of a part without the pointer: x, y, width and height."""
+    if part is None:
+        _grab("", [], ["-y", str(file)])
+    else:
+        x, y, width, height = part
+        _grab(f"+{x},{y}", ["-draw_mouse", "0", "-video_size", f"{width}x{height}"], ["-y", str(file)])
