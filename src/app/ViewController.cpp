@@ -386,9 +386,9 @@ void ViewController::updateFileBrowser() {
             tableFile->selectRow(static_cast<int>(found - files.begin()));
         }
     }
-    if (isSameFolder && scroller.value() != scrolledTo) {
-        scroller.setValue(
-            scrolledTo); // the selected row may be one that the user has scrolled away
+    if (isSameFolder) {
+        // The selected row may be one that the user has scrolled away.
+        scroller.setValue(scrolledTo);
     }
     autoResizeColumn();
 }
