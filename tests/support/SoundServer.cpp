@@ -71,6 +71,8 @@ void waitUntil(const Question& holds, const char* what) {
 } // namespace
 
 ChildProcess::ChildProcess(std::vector<std::string> command, const std::string& output) {
+    // A test that a sanitizer ends would leave it running, and its runner waiting for its output.
+    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
     for (std::string& argument : command) {

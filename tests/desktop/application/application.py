@@ -84,10 +84,9 @@ class Application:
     @staticmethod
     def _environment(more):
         environment = {**os.environ, **more}
-        # What the sanitizers, where there are any, are to know of libraries built without them.
-        for name, option in (("ASAN_OPTIONS", f"suppressions={SUPPRESSIONS}"),
-                             ("TSAN_OPTIONS", "ignore_noninstrumented_modules=1")):
-            environment[name] = ":".join(filter(None, [environment.get(name), option]))
+        # What the address sanitizer, where there is one, is to know of libraries built without it.
+        environment["ASAN_OPTIONS"] = ":".join(
+            filter(None, [environment.get("ASAN_OPTIONS"), f"suppressions={SUPPRESSIONS}"]))
         return environment
 
     # The process
