@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
@@ -97,6 +98,31 @@ TEST_F(QtUserDefaultsTest, AStoredValueComesBackInTheNextRun) {
 TEST_F(QtUserDefaultsTest, AValueReplacesTheEarlierOne) {
     EXPECT_EQ(roundTrip("a much longer value than the next"), "a much longer value than the next");
     EXPECT_EQ(roundTrip("short"), "short");
+}
+
+TEST_F(QtUserDefaultsTest, AValueThatIsThereAlreadyIsNotSavedAgain) {
+    QtUserDefaults defaults(file_);
+    defaults.setString("/home/ann/Takes", key);
+    const auto inode = [&] {
+        struct stat status = {};
+        EXPECT_EQ(stat(file_.c_str(), &status), 0);
+        return status.st_ino;
+    };
+    const std::filesystem::path first = folder_ / "first.ini";
+    std::filesystem::create_hard_link(file_, first); // so that its inode can't be another's
+    const ino_t before = inode();
+    defaults.setString("/home/ann/Takes", key);
+    EXPECT_EQ(inode(), before);
+    defaults.setString("/home/ann/Other", key);
+    EXPECT_NE(inode(), before) << "saving should replace the file";
+}
+
+TEST_F(QtUserDefaultsTest, WhatAnotherProgramStoredMeanwhileIsReplaced) {
+    QtUserDefaults defaults(file_);
+    defaults.setString("/home/ann/Takes", key);
+    std::ofstream(file_) << "[General]\nUD_LAST_OPEN_FOLDER=/home/ben/a longer name\n";
+    defaults.setString("/home/ann/Takes", key);
+    EXPECT_EQ(fileText(), "[General]\nUD_LAST_OPEN_FOLDER=/home/ann/Takes\n");
 }
 
 TEST_F(QtUserDefaultsTest, APlainValueIsReadableInTheFile) {

@@ -57,6 +57,18 @@ bool isPlain(std::string_view value) {
     return !value.empty();
 }
 
+std::optional<std::string> textIn(const QSettings& settings, std::string_view key) {
+    const QVariant value = settings.value(nameOf(key));
+    switch (value.typeId()) {
+    case QMetaType::QByteArray:
+        return value.toByteArray().toStdString();
+    case QMetaType::QString:
+        return value.toString().toStdString();
+    default: // a list, or something that this program never wrote
+        return std::nullopt;
+    }
+}
+
 } // namespace
 
 struct QtUserDefaults::Impl {
@@ -77,23 +89,17 @@ QtUserDefaults::~QtUserDefaults() = default;
 
 std::optional<std::string> QtUserDefaults::stringForKey(std::string_view key) const {
     const std::lock_guard guard(impl_->lock);
-    if (!impl_->settings) {
-        return std::nullopt;
-    }
-    const QVariant value = impl_->settings->value(nameOf(key));
-    switch (value.typeId()) {
-    case QMetaType::QByteArray:
-        return value.toByteArray().toStdString();
-    case QMetaType::QString:
-        return value.toString().toStdString();
-    default: // a list, or something that this program never wrote
-        return std::nullopt;
-    }
+    return impl_->settings ? textIn(*impl_->settings, key) : std::nullopt;
 }
 
 void QtUserDefaults::setString(std::string_view value, std::string_view key) {
     const std::lock_guard guard(impl_->lock);
     if (!impl_->settings) {
+        return;
+    }
+    // Saving waits for the disk, which the start of every session has no need of.
+    impl_->settings->sync();
+    if (textIn(*impl_->settings, key) == value) {
         return;
     }
     const QByteArray bytes(value.data(), static_cast<qsizetype>(value.size()));
