@@ -80,6 +80,11 @@ QString displayName(std::string_view name) {
 }
 
 FileIcons FileIcons::ofTheme() {
+    // Where no theme is chosen, the one that programs put their own images in stands for it:
+    // reading it takes long and finds nothing.
+    if (QIcon::themeName() == QLatin1String("hicolor")) {
+        return {icon("folder"), icon("recording")};
+    }
     return {QIcon::fromTheme("folder", icon("folder")),
             QIcon::fromTheme("audio-x-wav", icon("recording"))};
 }

@@ -6,7 +6,7 @@
 #include <QFile>
 #include <QFont>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 
 namespace deckmate {
 
@@ -14,6 +14,20 @@ namespace {
 
 constexpr int textSize = 13; ///< points of the window, not of a printer
 constexpr QColor selection(0x3A, 0x40, 0x49);
+
+/// Fusion, but for one image: that of the button behind a menu bar that is too narrow, dark and a
+/// file of a kind for whose sake every image plugin would be loaded before the window is there.
+class Style final : public QProxyStyle {
+public:
+    Style() : QProxyStyle("Fusion") {}
+
+    QIcon standardIcon(StandardPixmap image, const QStyleOption* option,
+                       const QWidget* widget) const override {
+        return image == SP_ToolBarHorizontalExtensionButton
+                   ? icon("arrow_right")
+                   : QProxyStyle::standardIcon(image, option, widget);
+    }
+};
 
 QFont textFont() {
     QFont font = QApplication::font();
@@ -63,7 +77,7 @@ QString styleSheet() {
 } // namespace
 
 void applyLook(QApplication& application) {
-    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    QApplication::setStyle(new Style);
     QApplication::setPalette(colours());
     QApplication::setFont(textFont());
     QApplication::setWindowIcon(icon("orlo-h8-deckmate"));

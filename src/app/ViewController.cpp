@@ -396,12 +396,15 @@ void ViewController::updateFileBrowser() {
 void ViewController::autoResizeColumn() {
     const double widest = model_->widestName(QFontMetricsF(tableFile->font()));
     const int narrowest = static_cast<int>(std::ceil(widest)) + columnMargin;
-    QHeaderView& columns = *tableFile->horizontalHeader();
     // Beside the name a cell has its icon, which must fit as well.
-    columns.setMinimumSectionSize(widest > 0
-                                      ? std::max(narrowest, static_cast<int>(std::ceil(widest)) +
-                                                                FileListCell::widthBesideName)
-                                      : narrowest);
+    const int least = widest > 0 ? std::max(narrowest, static_cast<int>(std::ceil(widest)) +
+                                                           FileListCell::widthBesideName)
+                                 : narrowest;
+    QHeaderView& columns = *tableFile->horizontalHeader();
+    if (columns.minimumSectionSize() == least && columns.sectionSize(0) > narrowest) {
+        return; // told again, the list would be painted anew
+    }
+    columns.setMinimumSectionSize(least);
     columns.resizeSection(0, narrowest + 1);
 }
 

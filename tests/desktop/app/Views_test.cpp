@@ -3,6 +3,7 @@
 #include "app/FolderHelper.h"
 #include "app/ImageView.h"
 #include "app/PathViewer.h"
+#include "controls/Resources.h"
 
 #include "desktop/app/LookEnvironment.h"
 #include "desktop/support/Desktop.h"
@@ -11,10 +12,13 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include <QDir>
+#include <QFile>
 #include <QHeaderView>
 #include <QScreen>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QToolTip>
 
 namespace deckmate {
@@ -265,6 +269,47 @@ TEST(ImageView, DisabledItIsFaded) {
     EXPECT_EQ(colourAt(Desktop::painted(window), {88, 20}), QColor(Qt::white));
     view.setEnabled(false);
     EXPECT_NEAR(colourAt(Desktop::painted(window), {88, 20}).red(), 102, 1); // 0.4 x 255
+}
+
+/// Another theme of images for as long as it lives.
+class Theme {
+public:
+    explicit Theme(const QString& name) { QIcon::setThemeName(name); }
+    ~Theme() { QIcon::setThemeName(before_); }
+    Theme(const Theme&) = delete;
+    Theme& operator=(const Theme&) = delete;
+    Theme(Theme&&) = delete;
+    Theme& operator=(Theme&&) = delete;
+
+private:
+    QString before_ = QIcon::themeName();
+};
+
+TEST(FileIcons, AreTheThemesWhereTheUserChoseOne) {
+    const QTemporaryDir folder;
+    const QDir root(folder.path());
+    ASSERT_TRUE(root.mkpath("red/16x16/places"));
+    QFile index(root.filePath("red/index.theme"));
+    ASSERT_TRUE(index.open(QIODevice::WriteOnly));
+    index.write("[Icon Theme]\nName=Red\nComment=Red\nDirectories=16x16/places\n"
+                "[16x16/places]\nSize=16\nContext=Places\nType=Fixed\n");
+    index.close();
+    QPixmap red(16, 16);
+    red.fill(Qt::red);
+    ASSERT_TRUE(red.save(root.filePath("red/16x16/places/folder.png")));
+    QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << folder.path());
+    const QIcon own = icon("recording");
+    const Theme theme("red");
+    const FileIcons icons = FileIcons::ofTheme();
+    EXPECT_EQ(icons.folder.pixmap(16).toImage().pixelColor(8, 8), QColor(Qt::red));
+    EXPECT_EQ(icons.recording.pixmap(16).toImage(), own.pixmap(16).toImage());
+}
+
+TEST(FileIcons, AreTheProjectsOwnWhereNoThemeIsChosen) {
+    const Theme theme("hicolor");
+    const FileIcons icons = FileIcons::ofTheme();
+    EXPECT_EQ(icons.folder.pixmap(16).toImage(), icon("folder").pixmap(16).toImage());
+    EXPECT_EQ(icons.recording.pixmap(16).toImage(), icon("recording").pixmap(16).toImage());
 }
 
 TEST(FileIcons, EachKindHasItsOwn) {
