@@ -189,10 +189,6 @@ private:
         return lost;
     }
 
-    static void append(SequencerState::Changes& changes, const SequencerState::Changes& more) {
-        changes.insert(changes.end(), more.begin(), more.end());
-    }
-
     void apply(const SequencerState::Changes& changes) {
         forget(changes);
         tell(changes);

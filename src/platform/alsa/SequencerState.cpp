@@ -13,11 +13,11 @@ bool hasAll(unsigned capabilities, unsigned wanted) {
     return (capabilities & wanted) == wanted;
 }
 
-void append(SequencerState::Changes& changes, const SequencerState::Changes& more) {
-    changes.insert(changes.end(), more.begin(), more.end());
-}
-
 } // namespace
+
+void append(SequencerState::Changes& changes, const SequencerState::Changes& later) {
+    changes.insert(changes.end(), later.begin(), later.end());
+}
 
 SequencerState::SequencerState(int ownClient, std::function<MidiRef()> nextRef)
     : ownClient_(ownClient), nextRef_(std::move(nextRef)) {}

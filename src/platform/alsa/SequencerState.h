@@ -106,4 +106,7 @@ private:
     std::vector<MidiRef> destinations_;
 };
 
+/// Puts the later changes behind the earlier ones.
+void append(SequencerState::Changes& changes, const SequencerState::Changes& later);
+
 } // namespace deckmate
