@@ -2,7 +2,6 @@
 
 #include "ConnectTest.h"
 
-#include <cstdlib>
 #include <ctime>
 
 namespace deckmate::test {
@@ -45,25 +44,6 @@ TEST_P(MIDIConnectSequenceTest, FillsTheRecord) {
 TEST_P(MIDIConnectSequenceTest, TheIdentityHoldsAVersionThatIsReplacedLater) {
     connectAndAnswer(1);
     EXPECT_THAT(info().version, ElementsAre('1', '2', '3', '4'));
-}
-
-TEST_P(MIDIConnectSequenceTest, SetsTheClockToLocalTime) {
-    const std::time_t before = std::time(nullptr);
-    InProcessDevice& device = connectAndAnswer(6);
-    const std::time_t after = std::time(nullptr);
-    const Bytes& message = device.messages.back();
-    ASSERT_EQ(message.size(), 14U);
-    std::tm told = {};
-    told.tm_year = message[6] * 100 + message[7] - 1900;
-    told.tm_mon = message[8] - 1;
-    told.tm_mday = message[9];
-    told.tm_hour = message[10];
-    told.tm_min = message[11];
-    told.tm_sec = message[12];
-    told.tm_isdst = -1;
-    const std::time_t time = std::mktime(&told);
-    EXPECT_GE(time, before);
-    EXPECT_LE(time, after);
 }
 
 TEST_P(MIDIConnectSequenceTest, AnswersMaySplitAnywhere) {
