@@ -1,8 +1,8 @@
 // Any packets at any time: both ways of receiving, the sequences, and a cable that comes and goes.
-#include "device/MIDIManager.h"
 #include "device/MIDISequenceManager.h"
 #include "support/DeviceMessages.h"
 #include "support/InProcessMidi.h"
+#include "support/LinkUser.h"
 #include "support/ManualRunLoop.h"
 
 #include <algorithm>
@@ -29,17 +29,9 @@ void require(bool isTrue) {
     }
 }
 
-class Window final : public MIDIManagerCB {
+class Window final : public LinkUser {
 public:
-    void MIDIManagerFound() override { MIDIManager::get().connect(); }
     void MIDIManagerConnected() override { startConnect(); }
-    void MIDIManagerDisconnected() override {}
-    void MIDIManagerReceivedData(const MIDIEventPacket& packet) override {
-        MIDISequenceManager::get().receivedMidi(packet);
-    }
-    void MIDIManagerReceivedData_iOS13(const MIDIPacket& packet, bool isLast) override {
-        MIDISequenceManager::get().receivedMidi_iOS13(packet, isLast);
-    }
     static void startConnect() {
         MIDISequenceManager::get().startConnectSeq(
             [] { require(MIDISequenceManager::getDeviceInfo().sdUsedSize.size() < 20); });
@@ -49,17 +41,7 @@ public:
 /// Plays what the input says: steps of a number, a length and as many bytes.
 class Player {
 public:
-    explicit Player(bool hasEventLists) : midi_(hasEventLists) {
-        MIDIManager::get().setDelegate(&window_);
-    }
-    ~Player() {
-        MIDIManager::s_midi().reset();
-        MIDISequenceManager::s_seq_controller().reset();
-    }
-    Player(const Player&) = delete;
-    Player& operator=(const Player&) = delete;
-    Player(Player&&) = delete;
-    Player& operator=(Player&&) = delete;
+    explicit Player(bool hasEventLists) : midi_(hasEventLists) {}
 
     void step(std::uint8_t kind, Payload payload) {
         const std::uint8_t first = payload.empty() ? 0 : payload.front();

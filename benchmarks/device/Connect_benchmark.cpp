@@ -1,9 +1,8 @@
 // From a recorder's appearance to the record that is filled with what it has told: what the program
 // takes beside the second that it gives the recorder to settle.
-#include "device/MIDIManager.h"
-#include "device/MIDISequenceManager.h"
 #include "support/DeviceMessages.h"
 #include "support/InProcessMidi.h"
+#include "support/LinkUser.h"
 #include "support/ManualRunLoop.h"
 
 #include <benchmark/benchmark.h>
@@ -44,24 +43,16 @@ private:
 };
 
 /// Connects as the main window does, and notes when the recorder is known.
-class User final : public MIDIManagerCB {
+class User final : public LinkUser {
 public:
     bool isKnown = false;
     Clock::time_point knownAt;
 
-    void MIDIManagerFound() override { MIDIManager::get().connect(); }
     void MIDIManagerConnected() override {
         MIDISequenceManager::get().startConnectSeq([this] {
             isKnown = true;
             knownAt = Clock::now();
         });
-    }
-    void MIDIManagerDisconnected() override {}
-    void MIDIManagerReceivedData(const MIDIEventPacket& packet) override {
-        MIDISequenceManager::get().receivedMidi(packet);
-    }
-    void MIDIManagerReceivedData_iOS13(const MIDIPacket& packet, bool isLast) override {
-        MIDISequenceManager::get().receivedMidi_iOS13(packet, isLast);
     }
 };
 
@@ -70,7 +61,6 @@ bool becomesKnown(bool hasEventLists, Clock::duration& taken) {
     ManualRunLoop loop;
     InProcessMidi midi(hasEventLists);
     User user;
-    MIDIManager::get().setDelegate(&user);
     MIDISequenceManager::get();
 
     const Clock::time_point begin = Clock::now();
@@ -83,10 +73,7 @@ bool becomesKnown(bool hasEventLists, Clock::duration& taken) {
     loop.advance(std::chrono::seconds(1));
     taken = user.knownAt - begin;
 
-    const bool isFilled = user.isKnown && MIDISequenceManager::getDeviceInfo().autoPowOffType == 3;
-    MIDIManager::s_midi().reset();
-    MIDISequenceManager::s_seq_controller().reset();
-    return isFilled;
+    return user.isKnown && MIDISequenceManager::getDeviceInfo().autoPowOffType == 3;
 }
 
 void BM_Connect(benchmark::State& state, bool hasEventLists) {

@@ -2,10 +2,9 @@
 // that its port may settle, and as many questions and answers. Prints a line for each time that it
 // connects.
 #include "common/Interruptible.h"
-#include "device/MIDIManager.h"
-#include "device/MIDISequenceManager.h"
 #include "platform/alsa/AlsaMidi.h"
 #include "platform/qt/QtRunLoop.h"
+#include "support/LinkUser.h"
 
 #include <chrono>
 #include <cstdio>
@@ -20,35 +19,17 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 constexpr Milliseconds settling(1000);
 constexpr int questions = 7;
 
-class Stopwatch final : public MIDIManagerCB {
+class Stopwatch final : public test::LinkUser {
 public:
-    Stopwatch() {
-        MIDIManager::get().setDelegate(this);
-        MIDIManager::get().scanOrloDevice();
-    }
-    ~Stopwatch() override {
-        MIDIManager::s_midi().reset();
-        MIDISequenceManager::s_seq_controller().reset();
-    }
-    Stopwatch(const Stopwatch&) = delete;
-    Stopwatch& operator=(const Stopwatch&) = delete;
-    Stopwatch(Stopwatch&&) = delete;
-    Stopwatch& operator=(Stopwatch&&) = delete;
+    Stopwatch() { MIDIManager::get().scanOrloDevice(); }
 
     void MIDIManagerFound() override {
         isKnown_ = false;
         found_ = Clock::now();
-        MIDIManager::get().connect();
+        LinkUser::MIDIManagerFound();
     }
     void MIDIManagerConnected() override {
         MIDISequenceManager::get().startConnectSeq([this] { learn(); });
-    }
-    void MIDIManagerDisconnected() override {}
-    void MIDIManagerReceivedData(const MIDIEventPacket& packet) override {
-        MIDISequenceManager::get().receivedMidi(packet);
-    }
-    void MIDIManagerReceivedData_iOS13(const MIDIPacket& packet, bool isLast) override {
-        MIDISequenceManager::get().receivedMidi_iOS13(packet, isLast);
     }
 
 private:

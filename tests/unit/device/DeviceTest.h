@@ -1,12 +1,11 @@
 // A recorder in the hands of a test, and one who uses the link to it as the main window does.
 #pragma once
 
-#include "device/MIDIManager.h"
-#include "device/MIDISequenceManager.h"
 #include "platform/RunLoop.h"
 #include "support/Bytes.h"
 #include "support/DeviceMessages.h"
 #include "support/InProcessMidi.h"
+#include "support/LinkUser.h"
 #include "support/ManualRunLoop.h"
 
 #include <chrono>
@@ -21,8 +20,8 @@ namespace deckmate::test {
 
 using namespace std::chrono_literals;
 
-/// Uses the link as the main window does.
-class LinkUser final : public MIDIManagerCB {
+/// Notes what it hears.
+class NotingUser final : public LinkUser {
 public:
     std::vector<std::string> heard;
     bool connects = true;
@@ -32,7 +31,7 @@ public:
     void MIDIManagerFound() override {
         heard.emplace_back("found");
         if (connects) {
-            MIDIManager::get().connect();
+            LinkUser::MIDIManagerFound();
         }
     }
     void MIDIManagerConnected() override {
@@ -42,12 +41,9 @@ public:
         }
     }
     void MIDIManagerDisconnected() override { heard.emplace_back("disconnected"); }
-    void MIDIManagerReceivedData(const MIDIEventPacket& packet) override {
-        MIDISequenceManager::get().receivedMidi(packet);
-    }
     void MIDIManagerReceivedData_iOS13(const MIDIPacket& packet, bool isLast) override {
         lastFlags.push_back(isLast);
-        MIDISequenceManager::get().receivedMidi_iOS13(packet, isLast);
+        LinkUser::MIDIManagerReceivedData_iOS13(packet, isLast);
     }
 };
 
@@ -56,13 +52,8 @@ class DeviceTest : public testing::Test {
 protected:
     explicit DeviceTest(bool hasEventLists = false) : midi(hasEventLists) {
         testing::internal::CaptureStdout(); // where what is received is logged
-        MIDIManager::get().setDelegate(&user);
     }
-    ~DeviceTest() override {
-        MIDIManager::s_midi().reset();
-        MIDISequenceManager::s_seq_controller().reset();
-        testing::internal::GetCapturedStdout();
-    }
+    ~DeviceTest() override { testing::internal::GetCapturedStdout(); }
     DeviceTest(const DeviceTest&) = delete;
     DeviceTest& operator=(const DeviceTest&) = delete;
     DeviceTest(DeviceTest&&) = delete;
@@ -90,7 +81,7 @@ protected:
 
     ManualRunLoop loop;
     InProcessMidi midi;
-    LinkUser user;
+    NotingUser user;
 };
 
 } // namespace deckmate::test

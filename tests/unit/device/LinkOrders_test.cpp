@@ -22,7 +22,6 @@ public:
         user_.onConnected = [this] {
             MIDISequenceManager::get().startConnectSeq([this] { ++completions; });
         };
-        MIDIManager::get().setDelegate(&user_);
         handle(Event::plug);
     }
     ~Link() {
@@ -87,7 +86,7 @@ private:
 
     ManualRunLoop loop_;
     InProcessMidi midi_;
-    LinkUser user_;
+    NotingUser user_;
     InProcessDevice* device_ = nullptr;
     std::size_t answered_ = 0;
     bool hasQuit_ = false;
