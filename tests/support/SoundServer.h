@@ -1,6 +1,7 @@
 // A sound server of the test's own, with an output that nobody hears.
 #pragma once
 
+#include "support/ChildProcess.h"
 #include "support/TemporaryFolder.h"
 
 #include <cstdint>
@@ -8,29 +9,7 @@
 #include <string>
 #include <vector>
 
-#include <sys/types.h>
-
 namespace deckmate::test {
-
-/// A program that runs beside the test, and is killed at its end.
-class ChildProcess {
-public:
-    /// Throws std::system_error if it can't be started. Its output goes to the file, if one is
-    /// named.
-    explicit ChildProcess(std::vector<std::string> command, const std::string& output = {});
-    ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-    ChildProcess(ChildProcess&&) = delete;
-    ChildProcess& operator=(ChildProcess&&) = delete;
-
-    void signal(int number) const;
-    /// Waits for its end, and says whether that was a good one.
-    bool hasSucceeded();
-
-private:
-    pid_t id_ = -1;
-};
 
 /// PulseAudio with private folders and a null sink "h8", two channels of floats. From the first one
 /// on, the sound library of this process connects to it, and to nothing else.

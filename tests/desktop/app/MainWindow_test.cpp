@@ -5,7 +5,8 @@
 #include "desktop/support/Desktop.h"
 #include "platform/qt/QtUserDefaults.h"
 #include "services/Utility.h"
-#include "support/SoundServer.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -4,21 +4,15 @@
 #include "support/Bytes.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
-#include <thread>
+#include <vector>
 
 namespace deckmate::test {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto startingLimit = 30s;
-constexpr auto askingInterval = 5ms;
 constexpr auto ordinaryScreen = "1600x1000";
 
 /// New windows get the focus; no key or button means anything to the window manager, so that each
@@ -32,17 +26,6 @@ constexpr auto windowManagerSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
   <mouse></mouse>
 </openbox_config>
 )";
-
-template <class Question>
-void waitUntil(const Question& holds, const char* what) {
-    const auto limit = std::chrono::steady_clock::now() + startingLimit;
-    while (!holds()) {
-        if (std::chrono::steady_clock::now() > limit) {
-            throw std::runtime_error(std::string(what) + " takes too long");
-        }
-        std::this_thread::sleep_for(askingInterval);
-    }
-}
 
 void hideUser(const TemporaryFolder& folder) {
     for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_CACHE_HOME",
@@ -60,12 +43,6 @@ void hideUser(const TemporaryFolder& folder) {
     setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder / "no-bus").string()).c_str(), 1);
     setenv("QT_QPA_PLATFORM", "xcb", 1);
     setenv("LC_ALL", "C.UTF-8", 1);
-}
-
-/// setpriv(1): whatever way this process ends, the other ends too.
-std::vector<std::string> dyingWithUs(std::vector<std::string> command) {
-    command.insert(command.begin(), {"setpriv", "--pdeathsig", "KILL"});
-    return command;
 }
 
 /// The screen's size, as the server takes it.
@@ -91,8 +68,8 @@ Display::Display() {
 void Display::startServer() {
     const std::filesystem::path number = folder_ / "display";
     server_ = std::make_unique<ChildProcess>(
-        dyingWithUs({"Xvfb", "-displayfd", "1", "-screen", "0", screenInPixels(), "-nolisten",
-                     "tcp", "-noreset"}),
+        std::vector<std::string>{"Xvfb", "-displayfd", "1", "-screen", "0", screenInPixels(),
+                                 "-nolisten", "tcp", "-noreset"},
         number);
     Bytes text;
     waitUntil(
@@ -116,7 +93,8 @@ void Display::startWindowManager() {
     }
     const auto path = folder_.file("rc.xml", settings);
     windowManager_ = std::make_unique<ChildProcess>(
-        dyingWithUs({"openbox", "--sm-disable", "--config-file", path.string()}), folder_ / "log");
+        std::vector<std::string>{"openbox", "--sm-disable", "--config-file", path.string()},
+        folder_ / "log");
     const XConnection connection;
     waitUntil([&] { return connection.isManaged(); }, "starting a window manager");
 }

@@ -1,7 +1,7 @@
 // A screen of the test's own, which nobody sees.
 #pragma once
 
-#include "support/SoundServer.h"
+#include "support/ChildProcess.h"
 #include "support/TemporaryFolder.h"
 
 #include <memory>
