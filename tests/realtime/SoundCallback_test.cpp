@@ -3,11 +3,10 @@
 #include "platform/BufferFeed.h"
 #include "platform/SoundSystem.h"
 #include "platform/qt/QtRunLoop.h"
-#include "playback/WavePlayer.h"
 #include "realtime/RealtimeGuard.h"
-#include "services/EB.h"
 #include "support/Bytes.h"
 #include "support/LogLines.h"
+#include "support/PlayerWindow.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
@@ -191,24 +190,6 @@ private:
     std::atomic<std::uint64_t>& taken_;
 };
 
-struct Window final : WavePlayerDelegate {
-    Window() {
-        EB::initData();
-        EB::SUBSCRIBE(this, &Window::notify, "EB_PLAY_FINISH");
-    }
-    ~Window() override { NotificationCenter::defaultCenter().removeObserver(this); }
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    Window(Window&&) = delete;
-    Window& operator=(Window&&) = delete;
-
-    void notify(const Notification& /*notification*/) { player->playFinish(); }
-    void WavePlayerStateChanged() override {}
-    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
-
-    std::unique_ptr<WavePlayer> player;
-};
-
 TEST(PlayerRealtime, AWholeRecordingWithEverythingThatIsDoneToIt) {
     std::atomic<std::uint64_t> taken = 0;
     const TemporaryFolder folder;
@@ -216,11 +197,8 @@ TEST(PlayerRealtime, AWholeRecordingWithEverythingThatIsDoneToIt) {
     QtRunLoop loop;
     SoundSystem sound(std::make_unique<GuardedBackend>(taken),
                       [](const std::function<void()>& task) { task(); });
-    Window window;
-    window.player = std::make_unique<WavePlayer>(
-        folder.file("take.wav", evenRecording(zeros(std::size_t{6} * 48000))));
+    PlayerWindow window(folder.file("take.wav", evenRecording(zeros(std::size_t{6} * 48000))));
     WavePlayer& player = *window.player;
-    player.setDelegate(&window);
     player.play();
     int turns = 0;
     const std::unique_ptr<Timer> hand = loop.makeTimer();
@@ -239,7 +217,6 @@ TEST(PlayerRealtime, AWholeRecordingWithEverythingThatIsDoneToIt) {
     EXPECT_GT(turns, 20);
     EXPECT_GT(taken, 38400U);
     EXPECT_STREQ(RealtimeGuard::breach(), "");
-    window.player.reset();
 }
 
 } // namespace

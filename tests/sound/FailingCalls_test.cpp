@@ -2,9 +2,8 @@
 #include "platform/SoundSystem.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/silent/SilentBackend.h"
-#include "playback/WavePlayer.h"
-#include "services/EB.h"
 #include "support/LogLines.h"
+#include "support/PlayerWindow.h"
 #include "support/TemporaryFolder.h"
 
 #include <atomic>
@@ -54,23 +53,8 @@ private:
     std::atomic<int> count_ = 0;
 };
 
-class FailingCallsTest : public testing::TestWithParam<std::tuple<Call, int>>,
-                         public WavePlayerDelegate {
+class FailingCallsTest : public testing::TestWithParam<std::tuple<Call, int>> {
 protected:
-    FailingCallsTest() {
-        EB::initData();
-        EB::SUBSCRIBE(this, &FailingCallsTest::notify, "EB_PLAY_FINISH");
-    }
-    ~FailingCallsTest() override { NotificationCenter::defaultCenter().removeObserver(this); }
-    FailingCallsTest(const FailingCallsTest&) = delete;
-    FailingCallsTest& operator=(const FailingCallsTest&) = delete;
-    FailingCallsTest(FailingCallsTest&&) = delete;
-    FailingCallsTest& operator=(FailingCallsTest&&) = delete;
-
-    void notify(const Notification& /*notification*/) { player.playFinish(); }
-    void WavePlayerStateChanged() override {}
-    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
-
     bool finishes() {
         return loop.runUntil([this] { return player.play_state() == PLAY_STATE_FINISH; }, 30s);
     }
@@ -84,7 +68,8 @@ protected:
     FailingBackend* backend = new FailingBackend(std::get<0>(GetParam()), std::get<1>(GetParam()));
     SoundSystem sound{std::unique_ptr<OutputBackend>(backend),
                       [](const std::function<void()>& task) { task(); }};
-    WavePlayer player{folder.file("take.wav", evenRecording(zeros(std::size_t{6} * 9600)))};
+    PlayerWindow window{folder.file("take.wav", evenRecording(zeros(std::size_t{6} * 9600)))};
+    WavePlayer& player = *window.player;
 };
 
 INSTANTIATE_TEST_SUITE_P(All, FailingCallsTest,
@@ -92,7 +77,6 @@ INSTANTIATE_TEST_SUITE_P(All, FailingCallsTest,
                                           testing::Range(1, 4)));
 
 TEST_P(FailingCallsTest, TheNextPlayPlaysAll) {
-    player.setDelegate(this);
     for (int i = 0; i < 3; ++i) {
         player.play();
         let(10ms);

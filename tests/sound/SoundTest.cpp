@@ -18,8 +18,7 @@ void SoundTest::open(const NoiseRecording& recording) {
 }
 
 void SoundTest::open(const std::filesystem::path& path) {
-    player = std::make_unique<WavePlayer>(path);
-    player->setDelegate(this);
+    PlayerWindow::open(path);
     player->setReader(Export(path).reader());
     turns.clear();
 }

@@ -3,10 +3,9 @@
 
 #include "platform/SoundSystem.h"
 #include "platform/qt/QtRunLoop.h"
-#include "playback/WavePlayer.h"
-#include "services/EB.h"
 #include "sound/ExpectedSound.h"
 #include "support/LogLines.h"
+#include "support/PlayerWindow.h"
 #include "support/SoundServer.h"
 #include "support/TemporaryFolder.h"
 
@@ -24,34 +23,14 @@ using namespace std::chrono_literals;
 /// Long enough for whatever is to happen; a test that gets there has failed.
 inline constexpr auto aWhile = 30s;
 
-class SoundTest : public testing::Test, public WavePlayerDelegate {
+class SoundTest : public testing::Test, public PlayerWindow {
 protected:
-    SoundTest() {
-        EB::initData();
-        EB::SUBSCRIBE(this, &SoundTest::notify, "EB_PLAY_FINISH");
-    }
-    ~SoundTest() override {
-        NotificationCenter::defaultCenter().removeObserver(this);
-        player.reset();
-    }
+    SoundTest() = default;
+    ~SoundTest() override { player.reset(); }
     SoundTest(const SoundTest&) = delete;
     SoundTest& operator=(const SoundTest&) = delete;
     SoundTest(SoundTest&&) = delete;
     SoundTest& operator=(SoundTest&&) = delete;
-
-    void notify(const Notification& /*notification*/) {
-        ++finishes;
-        if (player) {
-            player->playFinish();
-        }
-    }
-    void WavePlayerStateChanged() override {
-        states.push_back(player->play_state());
-        if (onChange) {
-            onChange();
-        }
-    }
-    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
 
     /// A server for the recording's rate, unless there is one, and the recording opened.
     void open(const NoiseRecording& recording);
@@ -74,11 +53,7 @@ protected:
     std::unique_ptr<Capture> capture;
     QtRunLoop loop;
     SoundSystem sound;
-    std::unique_ptr<WavePlayer> player;
     std::vector<Turn> turns;
-    std::vector<std::uint32_t> states;
-    std::function<void()> onChange;
-    int finishes = 0;
 };
 
 } // namespace deckmate::test

@@ -3,9 +3,8 @@
 #include "export/Export.h"
 #include "platform/SoundSystem.h"
 #include "platform/qt/QtRunLoop.h"
-#include "playback/WavePlayer.h"
-#include "services/EB.h"
 #include "support/LogLines.h"
+#include "support/PlayerWindow.h"
 #include "support/SoundServer.h"
 
 #include <atomic>
@@ -21,32 +20,18 @@ namespace {
 using namespace deckmate;
 using namespace std::chrono_literals;
 
-class Window final : public WavePlayerDelegate {
+class Window final : public test::PlayerWindow {
 public:
-    explicit Window(const std::filesystem::path& path) : player_(path) {
-        EB::initData();
-        EB::SUBSCRIBE(this, &Window::notify, "EB_PLAY_FINISH");
-        player_.setReader(Export(path).reader());
-        player_.setDelegate(this);
+    explicit Window(const std::filesystem::path& path) : PlayerWindow(path) {
+        player->setReader(Export(path).reader());
     }
-    ~Window() override { NotificationCenter::defaultCenter().removeObserver(this); }
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    Window(Window&&) = delete;
-    Window& operator=(Window&&) = delete;
 
-    void notify(const Notification& /*notification*/) {
+    void notify(const Notification& notification) override {
         handedOver = aqData().queue->framesHandedOver();
-        player_.playFinish();
+        PlayerWindow::notify(notification);
     }
-    void WavePlayerStateChanged() override {}
-    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
 
-    WavePlayer& player() { return player_; }
     std::uint64_t handedOver = 0;
-
-private:
-    WavePlayer player_;
 };
 
 int play(const std::filesystem::path& recording) {
@@ -61,7 +46,7 @@ int play(const std::filesystem::path& recording) {
     });
 
     Window window(recording);
-    WavePlayer& player = window.player();
+    WavePlayer& player = *window.player;
     const auto limit =
         std::chrono::milliseconds(static_cast<std::int64_t>(player.duration() * 1000 + 30000));
     std::mt19937 random(1);

@@ -1,9 +1,9 @@
 #include "playback/WavePlayer.h"
 
-#include "services/EB.h"
 #include "support/LogLines.h"
 #include "support/ManualRunLoop.h"
 #include "support/ManualSound.h"
+#include "support/PlayerWindow.h"
 #include "support/TemporaryFolder.h"
 
 #include <functional>
@@ -20,55 +20,16 @@ using namespace test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What the main window does: tells the player of the end, and listens to it.
-class Window final : public WavePlayerDelegate {
-public:
-    std::unique_ptr<WavePlayer> player;
-    std::vector<std::uint32_t> states;
-    std::function<void()> onChange;
-
-    Window() {
-        EB::initData();
-        EB::SUBSCRIBE(this, &Window::notify, "EB_PLAY_FINISH");
-    }
-    ~Window() override { NotificationCenter::defaultCenter().removeObserver(this); }
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    Window(Window&&) = delete;
-    Window& operator=(Window&&) = delete;
-
-    void notify(const Notification& /*notification*/) {
-        if (hearsEvents && player) {
-            player->playFinish();
-        }
-    }
-    void WavePlayerStateChanged() override {
-        states.push_back(player->play_state());
-        if (onChange) {
-            onChange();
-        }
-    }
-    void WavePlayerLevelChanged(double /*left*/, double /*right*/) override {}
-
-    bool hearsEvents = true;
-};
-
 class WavePlayerTest : public testing::Test {
 protected:
     TemporaryFolder folder;
     LogLines log;
     ManualRunLoop loop;
     ManualSound sound;
-    Window window;
-    WavePlayer* player = nullptr;
+    PlayerWindow window{folder.file("a.wav", evenRecording(zeros(6 * 48000)))};
+    WavePlayer* player = window.player.get();
 
-    WavePlayerTest() {
-        window.player =
-            std::make_unique<WavePlayer>(folder.file("a.wav", evenRecording(zeros(6 * 48000))));
-        player = window.player.get();
-        player->setDelegate(&window);
-    }
-
+    WavePlayerTest() = default;
     ~WavePlayerTest() override {
         window.player.reset();
         loop.runPending();
