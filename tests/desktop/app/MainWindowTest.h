@@ -6,12 +6,11 @@
 #include "app/ViewController.h"
 #include "app/WindowController.h"
 #include "desktop/support/Desktop.h"
-#include "device/MIDIManager.h"
-#include "device/MIDISequenceManager.h"
 #include "platform/qt/QtRunLoop.h"
 #include "support/Bytes.h"
 #include "support/DeviceMessages.h"
 #include "support/InProcessMidi.h"
+#include "support/LinkEnd.h"
 #include "support/ManualSound.h"
 #include "support/MemoryUserDefaults.h"
 #include "support/TemporaryFolder.h"
@@ -39,16 +38,6 @@ protected:
         defaults.setString(std::string(runningVersion), "UD_DO_NOT_SHOW_AGAIN");
         std::filesystem::create_directory(folder / "takes");
     }
-    ~MainWindowTest() override {
-        controller = nullptr;
-        windows = nullptr;
-        MIDIManager::s_midi().reset();
-        MIDISequenceManager::s_seq_controller().reset();
-    }
-    MainWindowTest(const MainWindowTest&) = delete;
-    MainWindowTest& operator=(const MainWindowTest&) = delete;
-    MainWindowTest(MainWindowTest&&) = delete;
-    MainWindowTest& operator=(MainWindowTest&&) = delete;
 
     /// Starts as the program does, and waits for the listing.
     void start() {
@@ -122,13 +111,14 @@ protected:
     MemoryUserDefaults defaults;
     ManualSound sound;
     InProcessMidi midi{false};
-    std::unique_ptr<WindowController> windows;
-    std::unique_ptr<ViewController> controller;
+    LinkEnd linkEnd;
     std::vector<QString> alerts;
     std::vector<QString> presented;
     std::filesystem::path choosingBeganIn;
     std::optional<std::filesystem::path> chosenFolder;
     QString opened;
+    std::unique_ptr<WindowController> windows;
+    std::unique_ptr<ViewController> controller;
 };
 
 } // namespace deckmate::test

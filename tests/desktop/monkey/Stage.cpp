@@ -1,8 +1,5 @@
 #include "desktop/monkey/Stage.h"
 
-#include "device/MIDIManager.h"
-#include "device/MIDISequenceManager.h"
-
 #include <algorithm>
 
 #include <QApplication>
@@ -42,14 +39,6 @@ Stage::Stage(const std::filesystem::path& folder, bool hasEventLists) : midi_(ha
     rules_ = std::make_unique<WindowRules>(window);
     takeQuitAway(window);
     windows_->showWindow();
-}
-
-Stage::~Stage() {
-    rules_ = nullptr;
-    controller_ = nullptr;
-    windows_ = nullptr;
-    MIDIManager::s_midi().reset();
-    MIDISequenceManager::s_seq_controller().reset();
 }
 
 bool Stage::hasKeyboard(const char* name) {

@@ -9,6 +9,7 @@
 #include "platform/SoundSystem.h"
 #include "platform/qt/QtRunLoop.h"
 #include "support/InProcessMidi.h"
+#include "support/LinkEnd.h"
 #include "support/MemoryUserDefaults.h"
 
 #include <filesystem>
@@ -25,11 +26,6 @@ public:
     /// Shows the window, with this folder as the last one. Every other one has recorders that speak
     /// in event lists.
     Stage(const std::filesystem::path& folder, bool hasEventLists);
-    ~Stage();
-    Stage(const Stage&) = delete;
-    Stage& operator=(const Stage&) = delete;
-    Stage(Stage&&) = delete;
-    Stage& operator=(Stage&&) = delete;
 
     /// Whether the window of this name does.
     static bool hasKeyboard(const char* name);
@@ -57,10 +53,11 @@ private:
     SoundSystem sound_;
     InProcessMidi midi_;
     Recorder recorder_{midi_};
+    LinkEnd linkEnd_;
+    std::optional<std::filesystem::path> chosen_;
     std::unique_ptr<WindowController> windows_;
     std::unique_ptr<ViewController> controller_;
     std::unique_ptr<WindowRules> rules_;
-    std::optional<std::filesystem::path> chosen_;
 };
 
 } // namespace deckmate::test
