@@ -62,6 +62,15 @@ constexpr std::int64_t meterTop = 54;
 constexpr double mostGain = 36.0;
 constexpr double firstVolume = 0.5;
 
+QString versionOfBundle() {
+    const auto text = [](const char* key) {
+        const auto value = Bundle::objectForInfoDictionaryKey(key);
+        return value ? QString::fromUtf8(value->data(), static_cast<qsizetype>(value->size()))
+                     : QString();
+    };
+    return text("CFBundleShortVersionString") + "." + text("CFBundleVersion");
+}
+
 bool isThere(const fs::path& path) {
     std::error_code error;
     return fs::exists(path, error);
@@ -117,15 +126,6 @@ void ViewController::viewDidLoad() {
     EB::initData();
     EB::SUBSCRIBE(this, &ViewController::notify, playFinish);
     EB::SUBSCRIBE(this, &ViewController::notify, reloadFileList);
-}
-
-QString ViewController::versionOfBundle() const {
-    const auto text = [](const char* key) {
-        const auto value = Bundle::objectForInfoDictionaryKey(key);
-        return value ? QString::fromUtf8(value->data(), static_cast<qsizetype>(value->size()))
-                     : QString();
-    };
-    return text("CFBundleShortVersionString") + "." + text("CFBundleVersion");
 }
 
 void ViewController::initMIDI() {

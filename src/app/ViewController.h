@@ -134,7 +134,6 @@ private:
     void initAngle();
     void initRecorder();
 
-    QString versionOfBundle() const;
     const WavItem* selectedItem() const;
     void nameFolder(const QString& name);
     /// The last step of every way in which a recording is closed for good.
