@@ -24,9 +24,7 @@ class Closing(PlayingTest, ExportTest):
         self.assert_close_ends_it()
 
     def test_while_it_plays(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         sound.wait_for_level(SOFT / 2)
         self.assert_close_ends_it()
         sound.wait_for_level(0)

@@ -19,9 +19,7 @@ RESPECTING_PERMISSIONS = (["setpriv", "--bounding-set=-dac_override,-dac_read_se
 
 class SoundServer(PlayingTest, ExportTest):
     def test_a_server_that_crashes_stops_the_sound_and_one_that_is_back_takes_it_up(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         sound.wait_for_level(SOFT / 2)
         session.stop_sound()
         self.addCleanup(session.stop_sound)
@@ -47,10 +45,8 @@ class SoundServer(PlayingTest, ExportTest):
 
 class Files(PlayingTest, ExportTest):
     def test_a_recording_that_is_deleted_plays_on_and_can_be_exported(self):
-        take = self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
-        take.unlink()
+        sound = self.play_tone()
+        (self.desktop / "take.wav").unlink()
         self.assert_folder(self.main, "Desktop")
         sound.wait_for_level(SOFT / 2)
         self.control("push button", "Pause")

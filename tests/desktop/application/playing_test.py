@@ -42,6 +42,13 @@ class PlayingTest(ApplicationTest):
         self.open(self.main, name)
         self.control("push button", "Play")
 
+    def play_tone(self, seconds=60):
+        """Plays "take.wav", a soft tone of that length; what is heard of it."""
+        self.tone("take.wav", seconds, SOFT)
+        sound = self.listen()
+        self.play("take.wav")
+        return sound
+
     def listen(self):
         sound = Sound(session, self.home / "sound")
         self.addCleanup(sound.end)
@@ -50,9 +57,7 @@ class PlayingTest(ApplicationTest):
 
 class Transport(PlayingTest):
     def test_a_recording_plays_when_it_is_opened_and_returns_to_its_start_at_its_end(self):
-        self.tone("take.wav", 2, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone(2)
         self.assertEqual(self.times()[1], "00:00:02")
         sound.wait_for_level(SOFT / 2)  # the volume is at its half
         self.control("push button", "Play")
@@ -69,9 +74,7 @@ class Transport(PlayingTest):
         self.control("push button", "Play")
 
     def test_space_pauses_where_it_is_and_goes_on_from_there(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         wait_for(lambda: self.position() > 0.01, "playing")
         hands.key("space")
         self.control("push button", "Play")
@@ -85,9 +88,7 @@ class Transport(PlayingTest):
         wait_for(lambda: self.position() > paused, "going on")
 
     def test_the_pointer_seeks_both_ways(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         slider = self.control("slider", "Position")
         for part, about in ((0.9, 0.9), (0.1, 0.1)):
             self.application.click(slider, (part, 0.5))
@@ -145,9 +146,7 @@ class Transport(PlayingTest):
         sound.wait_for_level(SOFT)
 
     def test_quitting_while_it_plays_ends_the_program(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         sound.wait_for_level(SOFT / 2)
         self.quit()
         sound.wait_for_level(0)
@@ -155,9 +154,7 @@ class Transport(PlayingTest):
 
 class Settings(PlayingTest):
     def test_mute_silences_and_brings_the_volume_back(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         self.application.press(self.control("push button", "Mute"))
         unmute = self.control("push button", "Unmute")
         self.assertEqual(self.volume(), 0)
@@ -168,18 +165,14 @@ class Settings(PlayingTest):
         sound.wait_for_level(SOFT / 2)
 
     def test_the_volume_is_a_factor_of_what_is_heard(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         slider = self.control("slider", "Volume")
         for volume in (1, 0.25):
             slider.set_current_value(volume)
             sound.wait_for_level(SOFT * volume)
 
     def test_the_gain_is_heard_in_decibels(self):
-        self.tone("take.wav", 60, SOFT)
-        sound = self.listen()
-        self.play("take.wav")
+        sound = self.play_tone()
         self.control("slider", "Gain in decibels").set_current_value(6)
         sound.wait_for_level(SOFT * 10 ** (6 / 20) / 2)
 
