@@ -66,7 +66,7 @@ private:
 int main() {
     QtRunLoop loop;
     const std::unique_ptr<Midi> midi = makeAlsaMidi();
-    const Stopwatch stopwatch;
+    Stopwatch stopwatch;
     const tools::Interruptible interruptible(loop.makeSignal([&loop] { loop.quit(); }));
     loop.run();
     return 0;
