@@ -8,6 +8,21 @@
 
 namespace deckmate {
 
+namespace {
+
+/// Assistive programs read the widgets of a window in the order in which they are stacked.
+void stackAsRead(const QLayout& layout) {
+    for (int i = 0; i < layout.count(); ++i) {
+        if (QWidget* const widget = layout.itemAt(i)->widget()) {
+            widget->raise();
+        } else if (const QLayout* const inner = layout.itemAt(i)->layout()) {
+            stackAsRead(*inner);
+        }
+    }
+}
+
+} // namespace
+
 DialogWindow::DialogWindow(QWidget* parent) : QDialog(parent) {
     setModal(true);
 }
@@ -28,6 +43,7 @@ void DialogWindow::setUpWindow(const QString& title) {
     setPalette(colours);
     if (layout() != nullptr) {
         layout()->setSizeConstraint(QLayout::SetFixedSize);
+        stackAsRead(*layout());
     }
     centre();
 }

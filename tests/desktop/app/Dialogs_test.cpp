@@ -3,6 +3,7 @@
 #include "app/NodeviceVC.h"
 
 #include "desktop/app/LookEnvironment.h"
+#include "desktop/app/Spoken.h"
 #include "desktop/app/XWindows.h"
 #include "desktop/support/Desktop.h"
 #include "support/MemoryUserDefaults.h"
@@ -22,7 +23,10 @@ namespace {
 
 using test::Desktop;
 using test::MemoryUserDefaults;
+using test::spokenNames;
 using test::XWindows;
+using testing::ElementsAre;
+using testing::StartsWith;
 
 constexpr auto key = "UD_DO_NOT_SHOW_AGAIN";
 const QRectF presenter(200, 160, 1050, 668);
@@ -188,6 +192,27 @@ TEST(AboutVC, TheMakersLogoHasAName) {
     EXPECT_EQ(child<QLabel>(about, "imgORLO").accessibleName(), "ORLO");
 }
 
+TEST(AboutVC, ItIsReadFromTheTop) {
+    AboutVC about;
+    about.setVersionString("1.0.12");
+    Desktop::get().show(about);
+    EXPECT_THAT(spokenNames(about),
+                ElementsAre("ORLO", "ORLO H8 Deckmate", "Version", "1.0.12", StartsWith("Plays"),
+                            StartsWith("Built"), StartsWith("Free"), "Close"));
+}
+
+// ---- No recorder
+
+TEST(NodeviceVC, ItIsReadFromTheTop) {
+    NodeviceVC notice;
+    Desktop::get().show(notice);
+    EXPECT_THAT(spokenNames(notice),
+                ElementsAre("ORLO H8", "No recorder connected", StartsWith("The recorder's"),
+                            "\u2022", StartsWith("The cable"), "\u2022",
+                            StartsWith("The recorder is"), "\u2022", StartsWith("No other"),
+                            StartsWith("It is found"), "OK"));
+}
+
 // ---- Introduction
 
 class Introduction : public testing::Test {
@@ -273,6 +298,15 @@ TEST_F(Introduction, TheKeyboardReachesTheBoxAndTheButton) {
     EXPECT_TRUE(box().isChecked());
     desktop.tap("Tab");
     EXPECT_EQ(QApplication::focusWidget(), &button);
+}
+
+TEST_F(Introduction, ItIsReadFromTheTop) {
+    desktop.show(window);
+    EXPECT_THAT(spokenNames(window),
+                ElementsAre(StartsWith("From a recording"), "", StartsWith("1"),
+                            StartsWith("Choose"), "", StartsWith("2"), StartsWith("Double"), "",
+                            StartsWith("3"), StartsWith("Drag"), "", StartsWith("4"),
+                            StartsWith("Save"), "Don't show this again", "OK"));
 }
 
 TEST_F(Introduction, TheBoxSaysWhatItDoes) {

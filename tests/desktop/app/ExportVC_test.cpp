@@ -1,4 +1,5 @@
 #include "desktop/app/ExportSheet.h"
+#include "desktop/app/Spoken.h"
 #include "desktop/app/XWindows.h"
 
 #include <memory>
@@ -17,6 +18,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 /// The save dialog is not asked: it is as if the user had chosen `target` there.
 class ExportVCTest : public ExportSheet {
@@ -153,6 +155,13 @@ TEST_F(ExportVCTest, TheFormatsExcludeEachOther) {
     clickOn("radio24");
     EXPECT_TRUE(radio24()->isChecked());
     EXPECT_FALSE(radio32()->isChecked());
+}
+
+TEST_F(ExportVCTest, ItIsReadFromTheTop) {
+    show();
+    EXPECT_THAT(spokenNames(*sheet),
+                ElementsAre("take.wav", "24-bit Linear", "32-bit Float", "Normalize",
+                            StartsWith("Scales"), "Export progress", "Cancel", "Save"));
 }
 
 TEST_F(ExportVCTest, WorksByKeysAlone) {
