@@ -1,10 +1,42 @@
 #include "app/DigitLabel.h"
 
 #include <algorithm>
+#include <utility>
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QPainter>
 
 namespace deckmate {
+
+namespace {
+
+class AccessibleDigits final : public QAccessibleWidget {
+public:
+    explicit AccessibleDigits(DigitLabel& label)
+        : QAccessibleWidget(&label, QAccessible::StaticText), label_(label) {}
+
+    QString text(QAccessible::Text kind) const override {
+        if (kind != QAccessible::Name) {
+            return QAccessibleWidget::text(kind);
+        }
+        return QString(label_.subject() + " " + label_.text()).trimmed();
+    }
+
+private:
+    DigitLabel& label_;
+};
+
+QAccessibleInterface* makeAccessible(const QString& /*className*/, QObject* object) {
+    auto* const label = dynamic_cast<DigitLabel*>(object);
+    return label == nullptr ? nullptr : new AccessibleDigits(*label);
+}
+
+} // namespace
+
+DigitLabel::DigitLabel(QString subject) : subject_(std::move(subject)) {
+    QAccessible::installFactory(makeAccessible);
+}
 
 int DigitLabel::advance(QChar character) const {
     const QFontMetrics metrics = fontMetrics();

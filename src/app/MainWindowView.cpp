@@ -126,8 +126,9 @@ public:
         return add(panel, name, place, stretch);
     }
 
-    QLabel* addDigits(const char* name, const QRect& place, Stretch stretch, Qt::Alignment side) {
-        return addText(new DigitLabel, name, place, stretch, side);
+    QLabel* addDigits(const char* name, const QString& subject, const QRect& place, Stretch stretch,
+                      Qt::Alignment side) {
+        return addText(new DigitLabel(subject), name, place, stretch, side);
     }
 
     QLabel* addLabel(const char* name, const char* role, const QString& text, const QRect& place,
@@ -224,7 +225,7 @@ void buildRecorder(Builder& builder, MainWindowView& view) {
         builder.addLabel("lblVersion", "detail", "", {214, 426, 82, 20}, low, Qt::AlignRight);
     view.lblUsed = builder.addLabel("lblUsed", "", "", {98, 453, 198, 20}, low);
     builder.addLabel("captionRemain", "detail", "Remaining", {98, 475, 90, 20}, low);
-    view.lblRemain = builder.addDigits("lblRemain", {188, 475, 108, 20}, low, Qt::AlignRight);
+    view.lblRemain = builder.addDigits("lblRemain", {}, {188, 475, 108, 20}, low, Qt::AlignRight);
 
     constexpr QRect batteryPlace(98, 523, 198, 26);
     constexpr QRect powerPlace(98, 569, 198, 26);
@@ -297,10 +298,10 @@ void buildGainAndLevels(Builder& builder, MainWindowView& view) {
 void buildTransport(Builder& builder, MainWindowView& view) {
     view.sliderTime = builder.add(new H8Slider, "sliderTime", "Position", {344, 500, 674, 24},
                                   Stretch::wideBottom);
-    view.lblTimeCurrent =
-        builder.addDigits("lblTimeCurrent", {348, 526, 120, 20}, Stretch::bottom, Qt::AlignLeft);
-    view.lblTimeTotal =
-        builder.addDigits("lblTimeTotal", {894, 526, 120, 20}, Stretch::corner, Qt::AlignRight);
+    view.lblTimeCurrent = builder.addDigits("lblTimeCurrent", "Current time", {348, 526, 120, 20},
+                                            Stretch::bottom, Qt::AlignLeft);
+    view.lblTimeTotal = builder.addDigits("lblTimeTotal", "Duration", {894, 526, 120, 20},
+                                          Stretch::corner, Qt::AlignRight);
     view.btnPlayPause = builder.addImageButton("btnPlayPause", "Play", "play_play", playGlyph,
                                                {653, 546, 56, 56}, Stretch::middleLow);
     view.btnPlayPause->setProperty("role", "round");

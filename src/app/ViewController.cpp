@@ -163,8 +163,8 @@ void ViewController::buildMenus() {
     connect(file->addAction("Quit", QKeySequence("Ctrl+Q")), &QAction::triggered, &window_,
             &QWidget::close);
     QMenu* const playback = bar.addMenu("Playback");
-    // The key is the window's own business, since its release counts.
-    playEntry_ = playback->addAction("Play/Pause\tSpace");
+    // Only shown: eventFilter() keeps the key from being a shortcut.
+    playEntry_ = playback->addAction("Play/Pause", QKeySequence(Qt::Key_Space));
     connect(playEntry_, &QAction::triggered, this, [this] { btnPlay_Click(); });
     connect(playback->addAction("Mute"), &QAction::triggered, this, [this] { btnVolume_Click(); });
     QMenu* const help = bar.addMenu("Help");
@@ -306,6 +306,13 @@ bool ViewController::eventFilter(QObject* watched, QEvent* event) {
                     (*life)->viewDidAppear();
                 }
             });
+        }
+        break;
+    case QEvent::ShortcutOverride:
+        // The space bar counts when it is let go, and belongs to a button that has the focus.
+        if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
+            event->accept();
+            return true;
         }
         break;
     case QEvent::KeyPress:

@@ -14,6 +14,9 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
 
 namespace deckmate::test {
 namespace {
@@ -123,6 +126,17 @@ TEST_F(Transport, TheSpaceBarWithoutARecordingDoesNothing) {
     waitForReleases();
     EXPECT_FALSE(isPlaying());
     EXPECT_EQ(sound.opened, 0U);
+}
+
+TEST_F(Transport, InAnOpenMenuTheSpaceBarIsTheMenus) {
+    open();
+    QMenu& menu = *windows->window().menuBar()->actions().at(1)->menu();
+    menu.popup({});
+    EXPECT_TRUE(Desktop::waitFor([&] { return menu.isVisible(); }));
+    desktop.tap("space");
+    waitForReleases();
+    EXPECT_TRUE(isPlaying());
+    menu.close();
 }
 
 TEST_F(Transport, TheMetersShowTheRecordingsPeaks) {

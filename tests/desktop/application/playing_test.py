@@ -9,7 +9,7 @@ from sound import Sound
 import hands
 import screen
 
-TIME = re.compile(r"\d\d:\d\d:\d\d")
+TIME = re.compile(r"(?:Current time|Duration) (\d\d:\d\d:\d\d)")
 SOFT = 0.0625  # a level that 24 bits hold exactly
 
 
@@ -24,11 +24,10 @@ class PlayingTest(ApplicationTest):
         return self.control("slider", "Volume").get_current_value()
 
     def times(self):
-        """The present time and the whole, which stand side by side below the slider."""
-        labels = [found for found in everything(self.main)
-                  if found.get_role() == role("label") and TIME.fullmatch(found.get_name())]
-        return [label.get_name() for label in
-                sorted(labels, key=lambda label: self.application.place(label)[0])]
+        """The present time and the whole."""
+        spoken = (TIME.fullmatch(found.get_name()) for found in everything(self.main)
+                  if found.get_role() == role("label"))
+        return [match[1] for match in spoken if match]
 
     def play(self, name, *prefix, **environment):
         """Starts the application and opens a recording of the Desktop folder."""

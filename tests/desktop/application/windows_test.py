@@ -125,7 +125,7 @@ class MainWindow(WindowTest):
         for control in (self.application.find(main, "push button", "Export"),
                         self.application.entry(main, "File", "Export\u2026"),
                         self.application.find(main, "push button", "Play"),
-                        self.application.entry(main, "Playback", "Play/Pause\tSpace")):
+                        self.application.entry(main, "Playback", "Play/Pause")):
             self.assertEqual(has(control, "enabled"), is_open, described(control))
 
     def test_what_needs_a_recording_can_be_chosen_when_there_is_one(self):
@@ -140,6 +140,21 @@ class MainWindow(WindowTest):
         self.press(self.application.window(TITLE, "alert"), "push button", "Ok")
         self.application.wait_until_closed(TITLE, "alert")
         self.assert_recording(main, False)
+
+    def test_the_times_say_what_they_are_of(self):
+        self.sample("take.wav", 0.25)
+        main = self.start_beyond_introduction()
+        self.application.find(main, "label", "Current time --:--:--")
+        self.application.find(main, "label", "Duration --:--:--")
+        self.open(main, "take.wav")
+        self.application.find(main, "label", "Current time 00:00:00")
+        self.application.find(main, "label", "Duration 00:00:00")
+
+    def test_the_menus_tell_the_keys_beside_the_names(self):
+        main = self.start_beyond_introduction()
+        for names, key in ((("Playback", "Play/Pause"), "Space"),
+                           (("File", "Export\u2026"), "Ctrl+E")):
+            self.assertEqual(self.application.entry(main, *names).get_key_binding(0), key, names)
 
     def test_every_control_has_a_name_and_the_tab_key_takes_them_in_order(self):
         self.sample("take.wav", 60)
