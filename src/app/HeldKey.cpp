@@ -3,44 +3,59 @@
 #include <utility>
 
 #include <QCoreApplication>
-#include <QKeyEvent>
 
 namespace deckmate {
 
-HeldKey::HeldKey(std::function<void()> onRelease) : onRelease_(std::move(onRelease)) {}
-
-void HeldKey::release(const QKeyEvent& event) {
-    fire();
-    if (event.isAutoRepeat()) {
-        return;
-    }
-    isPending_ = true;
-    key_ = event.key();
-    releasedAt_ = event.timestamp();
+HeldKey::HeldKey(Qt::Key key) : key_(key) {
     QCoreApplication::instance()->installEventFilter(this);
-    echo_ = std::make_unique<ServerEcho>([this] { fire(); });
 }
 
-bool HeldKey::eventFilter(QObject* /*watched*/, QEvent* event) {
-    if (event->type() == QEvent::KeyPress) {
+bool HeldKey::eventFilter(QObject* watched, QEvent* event) {
+    switch (event->type()) {
+    case QEvent::KeyPress: {
         const auto& press = *static_cast<QKeyEvent*>(event);
-        if (press.key() == key_ && press.timestamp() == releasedAt_) {
-            wasPending();
-        } else {
-            fire();
+        if (release_ != nullptr && press.key() == key_ &&
+            press.timestamp() == release_->timestamp()) {
+            release_ = nullptr;
         }
+        letGo();
+        return false;
     }
-    return false;
+    case QEvent::MouseButtonPress:
+        letGo();
+        return false;
+    case QEvent::KeyRelease: {
+        const auto& release = *static_cast<QKeyEvent*>(event);
+        // Not what letGo() sends, and nothing that is dropped on its way from window to widget.
+        if (release.key() != key_ || release.isAutoRepeat() || !release.spontaneous() ||
+            !watched->isWidgetType()) {
+            return false;
+        }
+        withhold(*watched, release);
+        return true;
+    }
+    default:
+        return false;
+    }
 }
 
-bool HeldKey::wasPending() {
-    QCoreApplication::instance()->removeEventFilter(this);
-    return std::exchange(isPending_, false);
+void HeldKey::withhold(QObject& receiver, const QKeyEvent& release) {
+    letGo();
+    release_.reset(release.clone());
+    receiver_ = &receiver;
+    if (echo_) {
+        echo_.release()->deleteLater(); // it may be the one that is calling
+    }
+    echo_ = std::make_unique<ServerEcho>([this, number = ++withheld_] {
+        if (number == withheld_) {
+            letGo();
+        }
+    });
 }
 
-void HeldKey::fire() {
-    if (wasPending()) {
-        onRelease_();
+void HeldKey::letGo() {
+    if (const auto release = std::exchange(release_, nullptr); release && receiver_) {
+        QCoreApplication::sendEvent(receiver_, release.get());
     }
 }
 

@@ -3,37 +3,34 @@
 
 #include "app/xcb/ServerEcho.h"
 
-#include <functional>
 #include <memory>
 
+#include <QKeyEvent>
 #include <QObject>
-
-class QKeyEvent;
+#include <QPointer>
 
 namespace deckmate {
 
 /// An X server repeats a key that is held by releasing and pressing it at one time. The toolkit
-/// tells these releases from the last one only if it has the press by then; this waits for it,
-/// whichever widget it goes to. Thread: main.
+/// tells these releases from the last one only if it has the press by then. For as long as this
+/// exists, whatever has the focus gets a release of this key only once no such press can follow:
+/// a button that is held by it is clicked once. Thread: main.
 class HeldKey final : public QObject {
 public:
-    explicit HeldKey(std::function<void()> onRelease);
-
-    void release(const QKeyEvent& event);
+    explicit HeldKey(Qt::Key key);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// The end of the waiting.
-    bool wasPending();
-    void fire();
+    void withhold(QObject& receiver, const QKeyEvent& release);
+    void letGo();
 
-    std::function<void()> onRelease_;
+    Qt::Key key_;
+    std::unique_ptr<QKeyEvent> release_; ///< that may be of a repetition; null for none
+    QPointer<QObject> receiver_;         ///< of the release
     std::unique_ptr<ServerEcho> echo_;
-    int key_ = 0;            ///< that was released last
-    quint64 releasedAt_ = 0; ///< the server's time
-    bool isPending_ = false;
+    unsigned withheld_ = 0; ///< so far
 };
 
 } // namespace deckmate

@@ -341,8 +341,8 @@ void ViewController::keyDown(const QKeyEvent& event) {
 }
 
 void ViewController::keyUp(const QKeyEvent& event) {
-    if (event.key() == Qt::Key_Space) {
-        space_.release(event);
+    if (event.key() == Qt::Key_Space && !event.isAutoRepeat()) {
+        btnPlay_Click();
     }
 }
 

@@ -161,7 +161,7 @@ private:
     bool firstIntroDialog_ = false;
     bool hasAppeared_ = false;
     std::filesystem::path dropped_; ///< the newest folder or recording that was dropped here
-    HeldKey space_{[this] { btnPlay_Click(); }};
+    HeldKey space_{Qt::Key_Space};
 
     // ==== Transport, volume, gain, angle, meters
 

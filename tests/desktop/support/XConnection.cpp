@@ -94,6 +94,19 @@ void XConnection::key(const std::string& symbol, bool isDown) const {
     XSync(impl_->display, False);
 }
 
+void XConnection::tellKey(std::uint32_t window, const std::string& symbol, bool isDown,
+                          std::uint32_t time) const {
+    XEvent event = {};
+    event.xkey.type = isDown ? KeyPress : KeyRelease;
+    event.xkey.window = window;
+    event.xkey.root = DefaultRootWindow(impl_->display);
+    event.xkey.time = time;
+    event.xkey.keycode = XKeysymToKeycode(impl_->display, impl_->symbolOf(symbol));
+    event.xkey.same_screen = True;
+    XSendEvent(impl_->display, window, False, NoEventMask, &event);
+    XSync(impl_->display, False);
+}
+
 bool XConnection::needsShift(const std::string& symbol) const {
     const KeySym wanted = impl_->symbolOf(symbol);
     const KeyCode code = XKeysymToKeycode(impl_->display, wanted);

@@ -31,6 +31,9 @@ public:
     /// A key by its symbol's name, such as "Tab", "Shift_L" or "a". Throws std::runtime_error if
     /// the keyboard has none.
     void key(const std::string& symbol, bool isDown) const;
+    /// The same told to a window alone, as of a time of the server's in milliseconds.
+    void tellKey(std::uint32_t window, const std::string& symbol, bool isDown,
+                 std::uint32_t time) const;
     /// Whether the symbol stands on the upper half of its key.
     bool needsShift(const std::string& symbol) const;
     /// Sends a message of the type pingType() to the client that made the window.
