@@ -4,7 +4,7 @@
 #include "app/DialogParts.h"
 #include "app/DigitLabel.h"
 #include "app/ElidedLabel.h"
-#include "app/FileListCell.h"
+#include "app/FileListView.h"
 #include "app/ImageView.h"
 #include "app/StatusDot.h"
 #include "controls/AngleViewer.h"
@@ -21,10 +21,8 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QFrame>
-#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
-#include <QTableView>
 #include <QToolButton>
 #include <QWheelEvent>
 
@@ -36,16 +34,6 @@ namespace {
 class SettingMenu final : public QComboBox {
 protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
-};
-
-/// One column: Home and End lead to the first and the last row, not along the row.
-class List final : public QTableView {
-protected:
-    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
-        const bool isToAnEnd = action == MoveHome || action == MoveEnd;
-        return QTableView::moveCursor(action,
-                                      isToAnEnd ? modifiers | Qt::ControlModifier : modifiers);
-    }
 };
 
 constexpr int captionSize = 11;
@@ -184,21 +172,6 @@ void setTextSize(QWidget& widget, int size) {
     widget.setFont(font);
 }
 
-QTableView* makeTable() {
-    auto* const table = new List;
-    table->setItemDelegate(new FileListCell(table));
-    table->setShowGrid(false);
-    table->setSelectionBehavior(QAbstractItemView::SelectRows);
-    table->setSelectionMode(QAbstractItemView::SingleSelection);
-    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table->setTabKeyNavigation(false);
-    table->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-    table->horizontalHeader()->hide();
-    table->verticalHeader()->hide();
-    table->verticalHeader()->setDefaultSectionSize(FileListCell::height);
-    return table;
-}
-
 void buildBrowser(Builder& builder, MainWindowView& view) {
     view.viewLeftBG = builder.addPanel("viewLeftBG", "pane", {12, 0, 300, 398}, Stretch::tall);
     view.viewPathBG = builder.addPanel("viewPathBG", "strip", {22, 10, 280, 34}, Stretch::none);
@@ -211,7 +184,7 @@ void buildBrowser(Builder& builder, MainWindowView& view) {
     view.btnOpenFolder = builder.addImageButton("btnOpenFolder", "Open folder", "open_folder",
                                                 smallGlyph, {274, 15, 24, 24}, Stretch::none);
     view.tableFile =
-        builder.add(makeTable(), "tableFile", "Recordings", {18, 56, 288, 334}, Stretch::tall);
+        builder.add(new FileListView, "tableFile", "Recordings", {18, 56, 288, 334}, Stretch::tall);
 }
 
 void buildRecorder(Builder& builder, MainWindowView& view) {

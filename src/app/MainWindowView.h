@@ -8,7 +8,6 @@ class QComboBox;
 class QFrame;
 class QLabel;
 class QPushButton;
-class QTableView;
 class QToolButton;
 class QWidget;
 
@@ -17,6 +16,7 @@ namespace deckmate {
 class AngleViewer;
 class ClickableArea;
 class ElidedLabel;
+class FileListView;
 class GainTickTitle;
 class H8GainSlider;
 class H8Slider;
@@ -33,7 +33,7 @@ struct MainWindowView {
     QToolButton* btnGoUp = nullptr;
     ClickableArea* lblFolder = nullptr;
     QToolButton* btnOpenFolder = nullptr;
-    QTableView* tableFile = nullptr;
+    FileListView* tableFile = nullptr;
 
     // Recording
     QFrame* viewRightBG = nullptr;

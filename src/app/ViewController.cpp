@@ -6,6 +6,7 @@
 #include "app/ElidedLabel.h"
 #include "app/FileListCell.h"
 #include "app/FileListModel.h"
+#include "app/FileListView.h"
 #include "app/ImageView.h"
 #include "app/IntroductionVC.h"
 #include "controls/H8Slider.h"
@@ -38,7 +39,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStandardPaths>
-#include <QTableView>
 #include <QToolButton>
 #include <QUrl>
 
@@ -277,6 +277,7 @@ void ViewController::connectActions() {
             table_cell_double_click();
         }
     });
+    tableFile->setOpening([this] { openSoon(&ViewController::table_cell_double_click); });
     connect(btnExport, &QAbstractButton::clicked, this,
             [this] { openSoon(&ViewController::btnExport_Click); });
     connect(btnPlayPause, &QAbstractButton::clicked, this, [this] { btnPlay_Click(); });

@@ -3,6 +3,7 @@
 #include "app/ClickableArea.h"
 #include "app/ElidedLabel.h"
 #include "app/FileListCell.h"
+#include "app/FileListView.h"
 #include "app/FolderHelper.h"
 #include "app/MainWindowView.h"
 #include "app/StatusDot.h"
@@ -21,7 +22,6 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QStandardItemModel>
-#include <QTableView>
 #include <QToolButton>
 
 namespace deckmate {

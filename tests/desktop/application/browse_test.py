@@ -2,8 +2,8 @@
 
 import shutil
 
-from application import has, write
-from case import ApplicationTest, run
+from application import Ears, children, has, role, write
+from case import TITLE, ApplicationTest, run
 from session import wait_for
 import hands
 
@@ -44,6 +44,49 @@ class Folders(BrowseTest):
         self.assert_folder(main, "Desktop", "First", "Second")
         hands.key("Home", "Down", "Return")
         self.assert_folder(main, "Second", "b.wav")
+
+    def test_a_row_is_opened_over_the_bus(self):
+        self.folder("Desktop/Takes", "b.wav")
+        self.tone("a.wav", 60, 0.0625)
+        main = self.start_beyond_introduction()
+        self.assert_folder(main, "Desktop", "Takes", "a.wav")
+        self.application.press(self.row(main, "a.wav"))
+        self.application.find(main, "label", "a.wav")
+        self.application.find(main, "push button", "Pause")
+        self.assertTrue(has(self.row(main, "a.wav"), "selected"))
+        self.application.press(self.row(main, "Takes"))
+        self.assert_folder(main, "Takes", "b.wav")
+
+    def test_a_row_that_can_not_be_played_is_refused_over_the_bus(self):
+        self.folder("Desktop", "broken.wav")
+        main = self.start_beyond_introduction()
+        self.application.press(self.row(main, "broken.wav"))
+        alert = self.application.window(TITLE, "alert")
+        self.press(alert, "Ok")
+        self.application.wait_until_closed(TITLE, "alert")
+
+    def test_the_rows_are_all_that_the_list_consists_of(self):
+        self.folder("Desktop", "a.wav", "b.wav")
+        self.folder("Desktop/Takes")
+        main = self.start_beyond_introduction()
+        self.assert_folder(main, "Desktop", "Takes", "a.wav", "b.wav")
+        table = self.application.find(main, "table", "Recordings")
+        self.assertEqual([(cell.get_role(), cell.get_name(), cell.get_description(),
+                           cell.get_index_in_parent()) for cell in children(table)],
+                         [(role("table cell"), "Takes", "Folder", 0),
+                          (role("table cell"), "a.wav", "Recording", 1),
+                          (role("table cell"), "b.wav", "Recording", 2)])
+        self.assertEqual((table.get_n_rows(), table.get_n_columns()), (3, 1))
+
+    def test_the_row_that_a_key_reaches_is_told(self):
+        self.folder("Desktop", "a.wav", "b.wav", "c.wav")
+        main = self.start_beyond_introduction()
+        self.assert_folder(main, "Desktop", "a.wav", "b.wav", "c.wav")
+        with Ears("object:state-changed:focused") as ears:
+            hands.key("End")
+            ears.wait_for("c.wav", "focused", 1)
+            hands.key("Up")
+            ears.wait_for("b.wav", "focused", 1)
 
     def test_a_folder_can_be_chosen_over_the_bus(self):
         takes = self.folder("Takes", "a.wav")
