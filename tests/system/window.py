@@ -2,6 +2,7 @@
 need beside the application's own tests, on which this is built."""
 
 import contextlib
+import os
 import signal
 import subprocess
 import sys
@@ -11,7 +12,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "desktop/application"))
 from application import Application, children, everything, has, role
 from recorder import BUILD, TOOLS
-from session import Session
+from session import Session, child
 import hands
 import session
 
@@ -23,9 +24,9 @@ PANEL = (12, 408, 300, 220)  # x, y, width and height in the window's content
 PATIENCE = 90  # seconds; whatever takes as long has failed
 session.PATIENCE = PATIENCE
 
-# The sequencer, and no sound card: the application plays in silence, by a clock of its own.
+# The sequencer, and the loop-back card without anything between: what is played on it is not converted.
 ALSA_SETTINGS = """</usr/share/alsa/alsa.conf>
-pcm.!default { type hw card none }
+pcm.!default { type hw card Loopback device 0 }
 """
 
 
@@ -167,7 +168,21 @@ class Window:
         subprocess.run([TOOLS / "h8-sample/h8-sample", "--seconds", str(seconds), *options,
                         self.desktop / name], check=True)
 
+    def control(self, kind, name):
+        return self.application.find(self.main, kind, name)
+
+    def set(self, name, value):
+        slider = self.control("slider", name)
+        slider.set_current_value(value)
+        assert soon(lambda: slider.get_current_value() == value), f"{name!r} doesn't become {value}"
+
     def open_recording(self, name):
         table = self.application.find(self.main, "table", "Recordings")
         self.application.click(self.application.cell(table, name), times=2)
         self.application.find(self.main, "label", name)
+
+    def capture(self, file):
+        """Records the sound card's other end, as 32-bit floats: 48 kHz, two channels. The caller ends it."""
+        return child(["arecord", "-q", "-D", "hw:Loopback,1,0", "-t", "raw", "-f", "FLOAT_LE", "-r", "48000",
+                      "-c", "2", "--buffer-time=2000000"],
+                     env={**os.environ, **self.environment}, stdout=file)
