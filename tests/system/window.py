@@ -103,7 +103,8 @@ class Window:
     # The device panel
 
     def _find_panel(self):
-        """Once, because asking for every control takes seconds in an emulated machine."""
+        """Once, because asking for every control takes seconds in an emulated machine. So the others are
+        taken down as well, by the names that they have at first."""
         left, top = self.application.place(self.main, (0, 0))
 
         def is_inside(label):
@@ -114,6 +115,7 @@ class Window:
         self.labels = [control for control, kind, name in found
                        if kind == role("label") and name not in CAPTIONS and is_inside(control)]
         self.labels.sort(key=lambda label: self.application.place(label)[::-1])
+        self.controls = {(kind, name): control for control, kind, name in found}
         self.menus = {name: control for control, kind, name in found if kind == role("combo box")}
         self.covers = {name.removesuffix(COVERED): control for control, kind, name in found
                        if kind == role("push button") and name.endswith(COVERED)}
@@ -169,7 +171,8 @@ class Window:
                         self.desktop / name], check=True)
 
     def control(self, kind, name):
-        return self.application.find(self.main, kind, name)
+        """The one that had this name when the window was new."""
+        return self.controls[role(kind), name]
 
     def set(self, name, value):
         slider = self.control("slider", name)
@@ -177,9 +180,13 @@ class Window:
         assert soon(lambda: slider.get_current_value() == value), f"{name!r} doesn't become {value}"
 
     def open_recording(self, name):
-        table = self.application.find(self.main, "table", "Recordings")
-        self.application.click(self.application.cell(table, name), times=2)
-        self.application.find(self.main, "label", name)
+        """The label that tells its name."""
+        self.application.click(self.application.cell(self.control("table", "Recordings"), name), times=2)
+        return self.application.find(self.main, "label", name)
+
+    def is_stopped(self):
+        """Whether what plays soon comes to its end."""
+        return soon(lambda: self.control("push button", "Play").get_name() == "Play")
 
     def capture(self, file):
         """Records the sound card's other end, as 32-bit floats: 48 kHz, two channels. The caller ends it."""
