@@ -67,7 +67,9 @@ public:
     }
 
     // The cell
-    bool isSelected() const override { return view_.selectionModel()->isSelected(index()); }
+    bool isSelected() const override {
+        return view_.selectionModel() != nullptr && view_.selectionModel()->isSelected(index());
+    }
     Interfaces columnHeaderCells() const override { return {}; }
     Interfaces rowHeaderCells() const override { return {}; }
     int columnIndex() const override { return 0; }
@@ -93,7 +95,9 @@ public:
     }
 
 private:
-    QModelIndex index() const { return view_.model()->index(row_, 0); }
+    QModelIndex index() const {
+        return view_.model() != nullptr ? view_.model()->index(row_, 0) : QModelIndex();
+    }
 
     FileListView& view_;
     int row_;
