@@ -22,6 +22,7 @@ bool HeldKey::eventFilter(QObject* watched, QEvent* event) {
         return false;
     }
     case QEvent::MouseButtonPress:
+    case QEvent::FocusOut: // a button that has lost the focus isn't clicked any more
         letGo();
         return false;
     case QEvent::KeyRelease: {
@@ -46,9 +47,9 @@ void HeldKey::withhold(QObject& receiver, const QKeyEvent& release) {
     if (echo_) {
         echo_.release()->deleteLater(); // it may be the one that is calling
     }
-    echo_ = std::make_unique<ServerEcho>([this, number = ++withheld_] {
-        if (number == withheld_) {
-            letGo();
+    echo_ = std::make_unique<ServerEcho>([self = QPointer(this), number = ++withheld_] {
+        if (self && number == self->withheld_) {
+            self->letGo();
         }
     });
 }

@@ -51,6 +51,32 @@ private:
     std::uint32_t window_;
 };
 
+/// Gives another widget the focus as soon as the window has got a release.
+class FocusThief : public QObject {
+public:
+    explicit FocusThief(QWidget& other) : other_(other) { qApp->installEventFilter(this); }
+
+    bool hasCome = false;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        // Queued: whoever is to get the release first has it by then.
+        if (event->type() == QEvent::KeyRelease && watched->isWindowType() && !hasCome) {
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    other_.setFocus();
+                    hasCome = true;
+                },
+                Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+private:
+    QWidget& other_;
+};
+
 class HeldKeyTest : public MainWindowTest {
 protected:
     void tell(QWidget& window, bool isDown, std::uint32_t time) {
@@ -138,6 +164,23 @@ TEST_F(HeldKeyTest, AKeyThatFollowsAtOnceComesAfterTheClick) {
     desktop.settle();
     EXPECT_TRUE(isMuted());
     EXPECT_EQ(QApplication::focusWidget(), &view<QWidget>("sliderVolume"));
+}
+
+TEST_F(HeldKeyTest, AFocusThatMovesAtOnceDoesSoAfterTheClick) {
+    start();
+    auto& button = view<QAbstractButton>("btnVolume");
+    button.setFocus();
+    const QWidget& window = windows->window();
+    const auto tellNow = [&](bool isDown) {
+        keyboard.tellKey(static_cast<std::uint32_t>(window.winId()), space, isDown, pressedAt);
+    };
+    tellNow(true);
+    ASSERT_TRUE(Desktop::waitFor([&] { return button.isDown(); }));
+    const FocusThief thief(view<QWidget>("tableFile"));
+    tellNow(false);
+    EXPECT_TRUE(Desktop::waitFor([&] { return thief.hasCome; }));
+    waitForReleases();
+    EXPECT_TRUE(isMuted());
 }
 
 TEST_F(HeldKeyTest, AMouseButtonThatFollowsAtOnceComesAfterTheClick) {
