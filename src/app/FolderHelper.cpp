@@ -81,7 +81,7 @@ QString displayName(std::string_view name) {
 
 FileIcons FileIcons::ofTheme() {
     // Where no theme is chosen, the one that programs put their own images in stands for it:
-    // reading it takes long and finds nothing.
+    // reading it takes long and hardly ever finds these.
     if (QIcon::themeName() == QLatin1String("hicolor")) {
         return {icon("folder"), icon("recording")};
     }

@@ -207,11 +207,12 @@ TEST(PlayerRealtime, AWholeRecordingWithEverythingThatIsDoneToIt) {
         player.setAngle(turns % 151);
         player.setVolume(turns % 2 == 0 ? 1.0 : 0.5);
         // Where this thread hardly runs, the recording is over before the last turn.
-        const bool isOver = turns <= 20 && player.play_state() == PLAY_STATE_FINISH;
+        const auto state = player.play_state();
         if (turns == 10) {
             player.setPosition(0.2);
-        } else if (turns == 15 || turns == 20 || isOver) {
-            player.play(); // pauses, and resumes
+        } else if (turns == 15 || turns == 20 ||
+                   (turns < 20 ? state == PLAY_STATE_FINISH : state == PLAY_STATE_PAUSE)) {
+            player.play(); // pauses, resumes, or plays again
         }
     });
     EXPECT_TRUE(

@@ -9,11 +9,11 @@
 
 namespace deckmate::test {
 
-/// A program that runs beside the test, and is killed at its end.
+/// A program that runs beside the test, and is killed at its end or that of its thread.
 class ChildProcess {
 public:
-    /// Throws std::system_error if it can't be started. Its output goes to the file, if one is
-    /// named.
+    /// Its output goes to the file, if one is named. A program that isn't there says so and ends at
+    /// once; throws std::system_error if nothing can be started.
     explicit ChildProcess(std::vector<std::string> command, const std::string& output = {});
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;

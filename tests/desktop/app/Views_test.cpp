@@ -271,42 +271,46 @@ TEST(ImageView, DisabledItIsFaded) {
     EXPECT_NEAR(colourAt(Desktop::painted(window), {88, 20}).red(), 102, 1); // 0.4 x 255
 }
 
-/// Another theme of images for as long as it lives.
-class Theme {
+/// A theme of images of that name, in which folders are red, is the one in use as long as it lives.
+class RedFolders {
 public:
-    explicit Theme(const QString& name) { QIcon::setThemeName(name); }
-    ~Theme() { QIcon::setThemeName(before_); }
-    Theme(const Theme&) = delete;
-    Theme& operator=(const Theme&) = delete;
-    Theme(Theme&&) = delete;
-    Theme& operator=(Theme&&) = delete;
+    explicit RedFolders(const QString& name) {
+        const QDir root(folder_.path());
+        EXPECT_TRUE(root.mkpath(name + "/16x16/places"));
+        QFile index(root.filePath(name + "/index.theme"));
+        EXPECT_TRUE(index.open(QIODevice::WriteOnly));
+        index.write("[Icon Theme]\nName=Red\nComment=Red\nDirectories=16x16/places\n"
+                    "[16x16/places]\nSize=16\nContext=Places\nType=Fixed\n");
+        QPixmap red(16, 16);
+        red.fill(Qt::red);
+        EXPECT_TRUE(red.save(root.filePath(name + "/16x16/places/folder.png")));
+        QIcon::setThemeSearchPaths(QStringList{folder_.path()} + pathsBefore_);
+        QIcon::setThemeName(name);
+    }
+    ~RedFolders() {
+        QIcon::setThemeName(nameBefore_);
+        QIcon::setThemeSearchPaths(pathsBefore_);
+    }
+    RedFolders(const RedFolders&) = delete;
+    RedFolders& operator=(const RedFolders&) = delete;
+    RedFolders(RedFolders&&) = delete;
+    RedFolders& operator=(RedFolders&&) = delete;
 
 private:
-    QString before_ = QIcon::themeName();
+    QTemporaryDir folder_;
+    QString nameBefore_ = QIcon::themeName();
+    QStringList pathsBefore_ = QIcon::themeSearchPaths();
 };
 
 TEST(FileIcons, AreTheThemesWhereTheUserChoseOne) {
-    const QTemporaryDir folder;
-    const QDir root(folder.path());
-    ASSERT_TRUE(root.mkpath("red/16x16/places"));
-    QFile index(root.filePath("red/index.theme"));
-    ASSERT_TRUE(index.open(QIODevice::WriteOnly));
-    index.write("[Icon Theme]\nName=Red\nComment=Red\nDirectories=16x16/places\n"
-                "[16x16/places]\nSize=16\nContext=Places\nType=Fixed\n");
-    index.close();
-    QPixmap red(16, 16);
-    red.fill(Qt::red);
-    ASSERT_TRUE(red.save(root.filePath("red/16x16/places/folder.png")));
-    QIcon::setThemeSearchPaths(QIcon::themeSearchPaths() << folder.path());
-    const QIcon own = icon("recording");
-    const Theme theme("red");
+    const RedFolders theme("red");
     const FileIcons icons = FileIcons::ofTheme();
     EXPECT_EQ(icons.folder.pixmap(16).toImage().pixelColor(8, 8), QColor(Qt::red));
-    EXPECT_EQ(icons.recording.pixmap(16).toImage(), own.pixmap(16).toImage());
+    EXPECT_EQ(icons.recording.pixmap(16).toImage(), icon("recording").pixmap(16).toImage());
 }
 
 TEST(FileIcons, AreTheProjectsOwnWhereNoThemeIsChosen) {
-    const Theme theme("hicolor");
+    const RedFolders theme("hicolor");
     const FileIcons icons = FileIcons::ofTheme();
     EXPECT_EQ(icons.folder.pixmap(16).toImage(), icon("folder").pixmap(16).toImage());
     EXPECT_EQ(icons.recording.pixmap(16).toImage(), icon("recording").pixmap(16).toImage());
