@@ -7,6 +7,7 @@
 #include "app/FileListCell.h"
 #include "app/FileListModel.h"
 #include "app/FileListView.h"
+#include "app/FolderLister.h"
 #include "app/ImageView.h"
 #include "app/IntroductionVC.h"
 #include "controls/H8Slider.h"
@@ -84,6 +85,11 @@ fs::path desktopFolder() {
 /// Without slashes at its end, the root excepted: so its last component is the folder's name.
 fs::path withoutTrailingSlash(const fs::path& path) {
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+}
+
+/// Of the folder, or of the Desktop where there is none. Thread: any.
+std::shared_ptr<FolderHelper> listingOf(const fs::path& folder, const FileIcons& icons) {
+    return std::make_shared<FolderHelper>(isThere(folder) ? folder : desktopFolder(), icons);
 }
 
 void setOpacity(QLabel& label, double opacity) {
@@ -184,6 +190,9 @@ void ViewController::initPanels() {
 void ViewController::initBrowser() {
     icons_ = FileIcons::ofTheme();
     model_ = std::make_unique<FileListModel>();
+    lister_ = std::make_unique<FolderLister>(
+        [icons = icons_](const fs::path& folder) { return listingOf(folder, icons); },
+        [this](const FolderLister::Listing& listing) { showListing(listing); });
     tableFile->setModel(model_.get());
     tableFile->horizontalHeader()->setStretchLastSection(true);
     tableFile->setFocus();
@@ -358,7 +367,8 @@ void ViewController::openFolder(const fs::path& folder) {
     nameFolder(displayName((named.has_filename() ? named.filename() : named).native()));
     if (!timerUpdateFolder_) {
         timerUpdateFolder_ = RunLoop::main().makeTimer();
-        timerUpdateFolder_->startRepeating(listingInterval, [this] { updateFileBrowser(); });
+        timerUpdateFolder_->startRepeating(listingInterval,
+                                           [this] { lister_->start(urlOfFileList_); });
     }
     updateFileBrowser();
 }
@@ -370,9 +380,13 @@ void ViewController::nameFolder(const QString& name) {
 }
 
 void ViewController::updateFileBrowser() {
-    fs::path path = urlOfFileList_;
-    if (!isThere(path)) {
-        path = desktopFolder();
+    lister_->forget();
+    showListing(listingOf(urlOfFileList_, icons_));
+}
+
+void ViewController::showListing(const std::shared_ptr<FolderHelper>& listing) {
+    const fs::path& path = listing->folderPath();
+    if (path != urlOfFileList_) {
         nameFolder("Desktop");
     }
     const WavItem* const selected = selectedItem();
@@ -382,7 +396,7 @@ void ViewController::updateFileBrowser() {
     const bool isSameFolder = folderHelper_ && folderHelper_->folderPath() == path;
     QScrollBar& scroller = *tableFile->verticalScrollBar();
     const int scrolledTo = isSameFolder ? scroller.value() : 0;
-    folderHelper_ = std::make_shared<FolderHelper>(path, icons_);
+    folderHelper_ = listing;
     model_->reload(folderHelper_);
     scroller.setValue(scrolledTo);
     if (selectedName) {

@@ -30,6 +30,7 @@ class QMainWindow;
 namespace deckmate {
 
 class FileListModel;
+class FolderLister;
 class H8SliderCell;
 
 /// One class in three sources, in the order of its three sections. Everything runs on the main
@@ -71,7 +72,7 @@ public:
     void btnGoUp_Click();
     /// Remembers the folder for the next start, and lists it every five seconds from now on.
     void openFolder(const std::filesystem::path& folder);
-    /// Lists the folder anew and keeps the selection by name.
+    /// Lists the folder anew, at once, and keeps the selection by name.
     void updateFileBrowser();
     void autoResizeColumn();
     /// Closes the open recording, and opens and plays this one.
@@ -138,6 +139,7 @@ private:
     void nameFolder(const QString& name);
     /// The last step of every way in which a recording is closed for good.
     void closeRecording();
+    void showListing(const std::shared_ptr<FolderHelper>& listing);
     /// The controls that only a recording needs, and the captions beside them.
     void enableRecording(bool isOpen);
     /// Those of them that play and export, on the window and in its menus.
@@ -152,6 +154,7 @@ private:
     std::unique_ptr<FileListModel> model_;
     FileIcons icons_;
     std::shared_ptr<FolderHelper> folderHelper_;
+    std::unique_ptr<FolderLister> lister_;
     std::shared_ptr<Export> export_;
     std::unique_ptr<Timer> timerUpdateFolder_;
     std::filesystem::path urlOfFileList_;
