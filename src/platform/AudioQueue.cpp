@@ -17,7 +17,7 @@ namespace deckmate {
 
 namespace {
 
-constexpr std::chrono::seconds lingeringTime{1};
+constexpr std::chrono::seconds lingeringTime{3};
 
 OutputFormat outputFormatOf(const StreamDescription& format) {
     constexpr double most = std::numeric_limits<std::uint32_t>::max();
