@@ -3,7 +3,6 @@
 #include "desktop/app/MainWindowTest.h"
 
 #include "app/IntroductionVC.h"
-#include "app/xcb/ServerEcho.h"
 #include "desktop/support/XConnection.h"
 
 #include <cstdint>
@@ -79,8 +78,11 @@ private:
 
 class HeldKeyTest : public MainWindowTest {
 protected:
-    void tell(QWidget& window, bool isDown, std::uint32_t time) {
+    void send(const QWidget& window, bool isDown, std::uint32_t time) {
         keyboard.tellKey(static_cast<std::uint32_t>(window.winId()), space, isDown, time);
+    }
+    void tell(const QWidget& window, bool isDown, std::uint32_t time) {
+        send(window, isDown, time);
         desktop.settle();
     }
     /// Down, and some repetitions.
@@ -96,11 +98,6 @@ protected:
     void letGo(QWidget& window) {
         tell(window, false, pressedAt + (repetitions + 1) * interval);
         waitForReleases();
-    }
-    static void waitForReleases() {
-        bool isHandled = false;
-        const ServerEcho echo([&] { isHandled = true; });
-        EXPECT_TRUE(Desktop::waitFor([&] { return isHandled; }));
     }
     bool isMuted() { return view<QWidget>("btnVolume").accessibleName() == "Unmute"; }
 
@@ -170,14 +167,10 @@ TEST_F(HeldKeyTest, AFocusThatMovesAtOnceDoesSoAfterTheClick) {
     start();
     auto& button = view<QAbstractButton>("btnVolume");
     button.setFocus();
-    const QWidget& window = windows->window();
-    const auto tellNow = [&](bool isDown) {
-        keyboard.tellKey(static_cast<std::uint32_t>(window.winId()), space, isDown, pressedAt);
-    };
-    tellNow(true);
+    send(windows->window(), true, pressedAt);
     ASSERT_TRUE(Desktop::waitFor([&] { return button.isDown(); }));
     const FocusThief thief(view<QWidget>("tableFile"));
-    tellNow(false);
+    send(windows->window(), false, pressedAt);
     EXPECT_TRUE(Desktop::waitFor([&] { return thief.hasCome; }));
     waitForReleases();
     EXPECT_TRUE(isMuted());

@@ -5,6 +5,7 @@
 #include "app/DialogWindow.h"
 #include "app/ViewController.h"
 #include "app/WindowController.h"
+#include "app/xcb/ServerEcho.h"
 #include "desktop/support/Desktop.h"
 #include "platform/qt/QtRunLoop.h"
 #include "support/Bytes.h"
@@ -98,6 +99,12 @@ protected:
     }
     void doubleClickRow(const char* name) {
         desktop.doubleClick(*view<QTableView>("tableFile").viewport(), middleOfRow(name));
+    }
+    /// Keys that were released are known to be repeated or not.
+    static void waitForReleases() {
+        bool isHandled = false;
+        const ServerEcho echo([&] { isHandled = true; });
+        EXPECT_TRUE(Desktop::waitFor([&] { return isHandled; }));
     }
     void clickRow(const char* name) {
         desktop.click(*view<QTableView>("tableFile").viewport(), middleOfRow(name));

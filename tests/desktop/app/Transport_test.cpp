@@ -2,7 +2,6 @@
 #include "desktop/app/LookEnvironment.h"
 #include "desktop/app/MainWindowTest.h"
 
-#include "app/xcb/ServerEcho.h"
 #include "controls/AngleViewer.h"
 #include "controls/GainTickTitle.h"
 #include "controls/H8Slider.h"
@@ -34,12 +33,6 @@ protected:
         EXPECT_TRUE(isPlaying());
     }
     bool isPlaying() { return view<QWidget>("btnPlayPause").accessibleName() == "Pause"; }
-    /// Keys that were released are known to be repeated or not.
-    static void waitForReleases() {
-        bool isHandled = false;
-        const ServerEcho echo([&] { isHandled = true; });
-        EXPECT_TRUE(Desktop::waitFor([&] { return isHandled; }));
-    }
     /// Plays on until nothing more can be read; what is queued by then still sounds.
     void loseTheFile() {
         aqData().audioFile = nullptr;
